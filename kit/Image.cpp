@@ -1,0 +1,101 @@
+// Image: PNG reading and writing through libpng's simplified interface.
+#include "kit/Image.h"
+
+#include <png.h>
+
+#include <algorithm>
+#include <cstring>
+
+namespace kit {
+
+namespace {
+
+// Images larger than this are refused rather than allocated: far beyond any canvas or
+// control image, small enough that a hostile header cannot exhaust memory.
+constexpr std::uint64_t kMaxPixels = std::uint64_t(1) << 28;
+
+void premultiply(std::vector<std::uint8_t>& rgba)
+{
+    for (std::size_t i = 0; i + 3 < rgba.size(); i += 4) {
+        const unsigned a = rgba[i + 3];
+        for (int c = 0; c < 3; ++c)
+            rgba[i + c] = std::uint8_t((rgba[i + c] * a + 127) / 255);
+    }
+}
+
+std::vector<std::uint8_t> unpremultiplied(const std::vector<std::uint8_t>& rgba)
+{
+    std::vector<std::uint8_t> out(rgba);
+    for (std::size_t i = 0; i + 3 < out.size(); i += 4) {
+        const unsigned a = out[i + 3];
+        for (int c = 0; c < 3; ++c)
+            out[i + c] = a == 0 ? 0 : std::uint8_t(std::min(255u, (out[i + c] * 255 + a / 2) / a));
+    }
+    return out;
+}
+
+bool writePng(const std::string& path, int width, int height, png_uint_32 format, const void* pixels,
+              std::string* error)
+{
+    png_image image;
+    std::memset(&image, 0, sizeof image);
+    image.version = PNG_IMAGE_VERSION;
+    image.width = png_uint_32(width);
+    image.height = png_uint_32(height);
+    image.format = format;
+    if (width <= 0 || height <= 0 || !pixels) {
+        if (error)
+            *error = "cannot write an empty image to " + path;
+        return false;
+    }
+    if (!png_image_write_to_file(&image, path.c_str(), 0, pixels, 0, nullptr)) {
+        if (error)
+            *error = "cannot write " + path + ": " + image.message;
+        return false;
+    }
+    return true;
+}
+
+} // namespace
+
+RefPtr<Image> Image::imageWithContentsOfFile(const std::string& path)
+{
+    png_image image;
+    std::memset(&image, 0, sizeof image);
+    image.version = PNG_IMAGE_VERSION;
+    if (!png_image_begin_read_from_file(&image, path.c_str()))
+        return nullptr;
+    if (std::uint64_t(image.width) * image.height > kMaxPixels) {
+        png_image_free(&image);
+        return nullptr;
+    }
+    image.format = PNG_FORMAT_RGBA;
+    std::vector<std::uint8_t> pixels(PNG_IMAGE_SIZE(image));
+    if (!png_image_finish_read(&image, nullptr, pixels.data(), 0, nullptr)) {
+        png_image_free(&image);
+        return nullptr;
+    }
+    premultiply(pixels);
+    return adoptRef(new Image(int(image.width), int(image.height), std::move(pixels)));
+}
+
+RefPtr<Image> Image::imageWithRGBA(int width, int height, const std::uint8_t* pixels)
+{
+    if (width <= 0 || height <= 0 || !pixels || std::uint64_t(width) * std::uint64_t(height) > kMaxPixels)
+        return nullptr;
+    const std::size_t bytes = std::size_t(width) * std::size_t(height) * 4;
+    return adoptRef(new Image(width, height, std::vector<std::uint8_t>(pixels, pixels + bytes)));
+}
+
+bool Image::writePNG(const std::string& path, std::string* error) const
+{
+    const std::vector<std::uint8_t> straight = unpremultiplied(m_rgba);
+    return writePng(path, m_width, m_height, PNG_FORMAT_RGBA, straight.data(), error);
+}
+
+bool Image::writeGrayPNG(const std::string& path, int width, int height, const std::uint8_t* gray, std::string* error)
+{
+    return writePng(path, width, height, PNG_FORMAT_GRAY, gray, error);
+}
+
+} // namespace kit

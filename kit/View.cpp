@@ -1,0 +1,212 @@
+// View: tree maintenance, autoresizing and coordinate conversion.
+#include "kit/View.h"
+
+#include "kit/Window.h"
+
+#include <algorithm>
+
+namespace kit {
+
+View::~View()
+{
+    for (auto& subview : m_subviews) {
+        subview->m_superview = nullptr;
+        subview->setWindow(nullptr);
+    }
+}
+
+void View::setFrame(const Rect& frame)
+{
+    const Size oldSize = m_frame.size;
+    m_frame = frame;
+    setNeedsDisplay();
+    if (!m_autoresizesSubviews || oldSize == frame.size)
+        return;
+    for (auto& subview : m_subviews)
+        subview->resizeWithOldSuperviewSize(oldSize);
+}
+
+void View::setHidden(bool hidden)
+{
+    m_hidden = hidden;
+    if (m_superview)
+        m_superview->setNeedsDisplay();
+}
+
+bool View::isHiddenOrHasHiddenAncestor() const
+{
+    for (const View* view = this; view; view = view->m_superview) {
+        if (view->m_hidden)
+            return true;
+    }
+    return false;
+}
+
+Window* View::window() const { return m_window; }
+
+void View::addSubview(View* view)
+{
+    if (!view || view == this || isDescendantOf(view))
+        return;
+    RefPtr<View> keep(view);
+    view->removeFromSuperview();
+    m_subviews.push_back(keep);
+    view->m_superview = this;
+    view->setWindow(m_window);
+    setNeedsDisplay();
+}
+
+void View::removeFromSuperview()
+{
+    View* parent = m_superview;
+    if (!parent)
+        return;
+    RefPtr<View> keep(this);
+    auto& siblings = parent->m_subviews;
+    siblings.erase(std::find(siblings.begin(), siblings.end(), this));
+    m_superview = nullptr;
+    setWindow(nullptr);
+    parent->setNeedsDisplay();
+}
+
+bool View::isDescendantOf(const View* ancestor) const
+{
+    for (const View* view = this; view; view = view->m_superview) {
+        if (view == ancestor)
+            return true;
+    }
+    return false;
+}
+
+View* View::viewWithTag(int tag)
+{
+    if (this->tag() == tag)
+        return this;
+    for (auto& subview : m_subviews) {
+        if (View* found = subview->viewWithTag(tag))
+            return found;
+    }
+    return nullptr;
+}
+
+Point View::toSuperview(Point p) const
+{
+    const bool parentFlipped = m_superview && m_superview->isFlipped();
+    const float y = isFlipped() == parentFlipped ? m_frame.origin.y + p.y : m_frame.maxY() - p.y;
+    return { m_frame.origin.x + p.x, y };
+}
+
+Point View::fromSuperview(Point p) const
+{
+    const bool parentFlipped = m_superview && m_superview->isFlipped();
+    const float y = isFlipped() == parentFlipped ? p.y - m_frame.origin.y : m_frame.maxY() - p.y;
+    return { p.x - m_frame.origin.x, y };
+}
+
+Point View::convertPointFromView(Point point, const View* view) const
+{
+    Point inWindow = view ? view->convertPointToView(point, nullptr) : point;
+    std::vector<const View*> chain;
+    for (const View* v = this; v; v = v->m_superview)
+        chain.push_back(v);
+    for (auto it = chain.rbegin(); it != chain.rend(); ++it)
+        inWindow = (*it)->fromSuperview(inWindow);
+    return inWindow;
+}
+
+Point View::convertPointToView(Point point, const View* view) const
+{
+    Point p = point;
+    for (const View* v = this; v; v = v->m_superview)
+        p = v->toSuperview(p);
+    return view ? view->convertPointFromView(p, nullptr) : p;
+}
+
+Responder* View::nextResponder() const
+{
+    if (m_superview)
+        return m_superview;
+    if (m_window && m_window->contentView() == this)
+        return m_window;
+    return nullptr;
+}
+
+void View::addTrackingArea(TrackingArea* area)
+{
+    if (area)
+        m_trackingAreas.push_back(RefPtr<TrackingArea>(area));
+}
+
+void View::removeTrackingArea(TrackingArea* area)
+{
+    std::erase_if(m_trackingAreas, [area](const RefPtr<TrackingArea>& a) { return a.get() == area; });
+}
+
+View* View::hitTest(Point point)
+{
+    if (m_hidden)
+        return nullptr;
+    const bool parentFlipped = m_superview && m_superview->isFlipped();
+    if (!MouseInRect(point, m_frame, parentFlipped))
+        return nullptr;
+    const Point local = fromSuperview(point);
+    for (auto it = m_subviews.rbegin(); it != m_subviews.rend(); ++it) {
+        if (View* hit = (*it)->hitTest(local))
+            return hit;
+    }
+    return this;
+}
+
+void View::setWindow(Window* window)
+{
+    if (m_window && m_window != window)
+        m_window->viewWillLeave(this);
+    m_window = window;
+    for (auto& subview : m_subviews)
+        subview->setWindow(window);
+}
+
+namespace {
+
+/// Shares `delta` among the flexible parts of one axis in proportion to their current
+/// lengths (evenly when those add up to nothing), as the original platform does.
+void distribute(float delta, float parts[3], const bool flexible[3])
+{
+    float total = 0;
+    int count = 0;
+    for (int i = 0; i < 3; ++i) {
+        if (flexible[i]) {
+            total += parts[i];
+            ++count;
+        }
+    }
+    if (count == 0)
+        return;
+    for (int i = 0; i < 3; ++i) {
+        if (flexible[i])
+            parts[i] += total > 0 ? delta * parts[i] / total : delta / float(count);
+    }
+}
+
+} // namespace
+
+void View::resizeWithOldSuperviewSize(Size oldSize)
+{
+    if (!m_superview)
+        return;
+    const Size newSize = m_superview->m_frame.size;
+    const unsigned mask = m_autoresizingMask;
+    Rect frame = m_frame;
+
+    float xs[3] = { frame.origin.x, frame.size.width, oldSize.width - frame.maxX() };
+    const bool xFlex[3] = { (mask & ViewMinXMargin) != 0, (mask & ViewWidthSizable) != 0, (mask & ViewMaxXMargin) != 0 };
+    distribute(newSize.width - oldSize.width, xs, xFlex);
+
+    float ys[3] = { frame.origin.y, frame.size.height, oldSize.height - frame.maxY() };
+    const bool yFlex[3] = { (mask & ViewMinYMargin) != 0, (mask & ViewHeightSizable) != 0, (mask & ViewMaxYMargin) != 0 };
+    distribute(newSize.height - oldSize.height, ys, yFlex);
+
+    setFrame({ xs[0], ys[0], std::max(0.0f, xs[1]), std::max(0.0f, ys[1]) });
+}
+
+} // namespace kit
