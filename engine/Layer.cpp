@@ -1,0 +1,96 @@
+// Layer: a sparse grid of 64 x 64 RGBA cells placed on the canvas by an offset.
+#include "engine/Layer.h"
+
+namespace engine {
+
+namespace {
+
+std::int64_t floorDiv(std::int64_t value, std::int64_t divisor)
+{
+    std::int64_t quotient = value / divisor;
+    return (value % divisor != 0 && value < 0) ? quotient - 1 : quotient;
+}
+
+} // namespace
+
+Layer::Layer(int id)
+    : m_id(id)
+{
+}
+
+int Layer::id() const { return m_id; }
+
+std::int64_t Layer::offsetX() const { return m_offsetX; }
+
+std::int64_t Layer::offsetY() const { return m_offsetY; }
+
+void Layer::setOffset(int x, int y)
+{
+    m_offsetX = x;
+    m_offsetY = y;
+}
+
+CellKey Layer::cellContaining(std::int64_t x, std::int64_t y)
+{
+    return { floorDiv(x, kCellSize), floorDiv(y, kCellSize) };
+}
+
+PixelRect Layer::canvasRectOf(CellKey key) const
+{
+    std::int64_t left = key.column * kCellSize + m_offsetX;
+    std::int64_t top = key.row * kCellSize + m_offsetY;
+    return { left, top, left + kCellSize, top + kCellSize };
+}
+
+PixelRect Layer::cellRangeFor(const PixelRect& canvasRect) const
+{
+    if (canvasRect.isEmpty())
+        return {};
+    CellKey first = cellContaining(canvasRect.left - m_offsetX, canvasRect.top - m_offsetY);
+    CellKey last = cellContaining(canvasRect.right - 1 - m_offsetX, canvasRect.bottom - 1 - m_offsetY);
+    return { first.column, first.row, last.column + 1, last.row + 1 };
+}
+
+CellPixels* Layer::find(CellKey key)
+{
+    auto it = m_cells.find(key);
+    return it == m_cells.end() ? nullptr : it->second.get();
+}
+
+const CellPixels* Layer::find(CellKey key) const
+{
+    auto it = m_cells.find(key);
+    return it == m_cells.end() ? nullptr : it->second.get();
+}
+
+CellPixels& Layer::ensure(CellKey key)
+{
+    std::unique_ptr<CellPixels>& cell = m_cells[key];
+    if (!cell)
+        cell = std::make_unique<CellPixels>(CellPixels {});
+    return *cell;
+}
+
+std::optional<CellPixels> Layer::copyOf(CellKey key) const
+{
+    const CellPixels* cell = find(key);
+    if (!cell)
+        return std::nullopt;
+    return *cell;
+}
+
+void Layer::restore(CellKey key, const std::optional<CellPixels>& state)
+{
+    if (state)
+        ensure(key) = *state;
+    else
+        m_cells.erase(key);
+}
+
+void Layer::clear() { m_cells.clear(); }
+
+std::size_t Layer::cellCount() const { return m_cells.size(); }
+
+const Layer::CellMap& Layer::cells() const { return m_cells; }
+
+} // namespace engine

@@ -1,0 +1,70 @@
+// Layer: a sparse grid of 64 x 64 RGBA cells placed on the canvas by an offset.
+#pragma once
+
+#include "engine/PixelRect.h"
+
+#include <array>
+#include <compare>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+
+namespace engine {
+
+inline constexpr int kCellSize = 64;
+inline constexpr int kCellRowBytes = kCellSize * 4;
+inline constexpr int kCellBytes = kCellSize * kCellRowBytes;
+
+/// One cell's pixels: premultiplied R, G, B, A bytes, rows kCellRowBytes apart.
+using CellPixels = std::array<std::uint8_t, kCellBytes>;
+
+/// A cell's position in its layer's grid; cell (c, r) covers layer pixels 64c..64c+63, 64r..64r+63.
+struct CellKey {
+    std::int64_t column = 0;
+    std::int64_t row = 0;
+
+    auto operator<=>(const CellKey&) const = default;
+};
+
+/// A layer's pixels, stored only where cells were created.
+class Layer {
+public:
+    using CellMap = std::map<CellKey, std::unique_ptr<CellPixels>>;
+
+    explicit Layer(int id);
+
+    int id() const;
+    std::int64_t offsetX() const;
+    std::int64_t offsetY() const;
+    void setOffset(int x, int y);
+
+    /// The cell holding layer pixel (x, y).
+    static CellKey cellContaining(std::int64_t x, std::int64_t y);
+    /// The canvas pixels a cell covers.
+    PixelRect canvasRectOf(CellKey key) const;
+    /// The cells whose canvas rectangles meet the given canvas rectangle, as columns
+    /// [left, right) and rows [top, bottom).
+    PixelRect cellRangeFor(const PixelRect& canvasRect) const;
+
+    CellPixels* find(CellKey key);
+    const CellPixels* find(CellKey key) const;
+    /// The cell, created transparent if it did not exist. Its address stays put while it exists.
+    CellPixels& ensure(CellKey key);
+    /// A copy of the cell, or nothing when the cell does not exist.
+    std::optional<CellPixels> copyOf(CellKey key) const;
+    /// Sets the cell to a saved state, removing it when the state is "no cell".
+    void restore(CellKey key, const std::optional<CellPixels>& state);
+    void clear();
+
+    std::size_t cellCount() const;
+    const CellMap& cells() const;
+
+private:
+    int m_id;
+    std::int64_t m_offsetX = 0;
+    std::int64_t m_offsetY = 0;
+    CellMap m_cells;
+};
+
+} // namespace engine

@@ -1,0 +1,109 @@
+// UndoHistory: groups the cell changes of one user gesture into steps that undo and redo as one.
+#include "engine/UndoHistory.h"
+
+#include <algorithm>
+
+namespace engine {
+
+namespace {
+
+bool isTransparent(const CellPixels& cell)
+{
+    return std::all_of(cell.begin(), cell.end(), [](std::uint8_t byte) { return byte == 0; });
+}
+
+} // namespace
+
+UndoHistory::UndoHistory(std::size_t maxSteps)
+    : m_maxSteps(std::max<std::size_t>(maxSteps, 1))
+{
+}
+
+void UndoHistory::recordBefore(Layer& layer, CellKey key)
+{
+    if (!m_open)
+        m_open.emplace();
+    auto [it, inserted] = m_open->try_emplace({ layer.id(), key });
+    if (inserted)
+        it->second = Entry { &layer, key, layer.copyOf(key), std::nullopt };
+}
+
+void UndoHistory::recordAllCells(Layer& layer)
+{
+    for (const auto& [key, cell] : layer.cells())
+        recordBefore(layer, key);
+}
+
+bool UndoHistory::hasOpenStep() const { return m_open.has_value(); }
+
+// A missing cell and a transparent one look the same, so a step that only created empty cells
+// changed nothing the user could undo.
+bool UndoHistory::sameState(const std::optional<CellPixels>& a, const std::optional<CellPixels>& b)
+{
+    if (a && b)
+        return *a == *b;
+    if (a)
+        return isTransparent(*a);
+    if (b)
+        return isTransparent(*b);
+    return true;
+}
+
+bool UndoHistory::captureAfterStates(Step& step)
+{
+    bool changed = false;
+    for (auto& [id, entry] : step) {
+        entry.after = entry.layer->copyOf(entry.key);
+        changed = changed || !sameState(entry.before, entry.after);
+    }
+    return changed;
+}
+
+bool UndoHistory::closeStep()
+{
+    if (!m_open)
+        return false;
+    Step step = std::move(*m_open);
+    m_open.reset();
+    if (!captureAfterStates(step))
+        return false;
+    m_redo.clear();
+    m_undo.push_back(std::move(step));
+    if (m_undo.size() > m_maxSteps)
+        m_undo.pop_front();
+    return true;
+}
+
+bool UndoHistory::undo()
+{
+    closeStep();
+    if (m_undo.empty())
+        return false;
+    Step step = std::move(m_undo.back());
+    m_undo.pop_back();
+    // The cells may have been written in place since the step closed; keep what redo must restore.
+    captureAfterStates(step);
+    for (auto& [id, entry] : step)
+        entry.layer->restore(entry.key, entry.before);
+    m_redo.push_back(std::move(step));
+    return true;
+}
+
+bool UndoHistory::redo()
+{
+    closeStep();
+    if (m_redo.empty())
+        return false;
+    Step step = std::move(m_redo.back());
+    m_redo.pop_back();
+    for (auto& [id, entry] : step)
+        entry.layer->restore(entry.key, entry.after);
+    m_undo.push_back(std::move(step));
+    return true;
+}
+
+std::size_t UndoHistory::undoDepth() const { return m_undo.size(); }
+
+std::size_t UndoHistory::redoDepth() const { return m_redo.size(); }
+
+} // namespace engine

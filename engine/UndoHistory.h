@@ -1,0 +1,58 @@
+// UndoHistory: groups the cell changes of one user gesture into steps that undo and redo as one.
+#pragma once
+
+#include "engine/Layer.h"
+
+#include <cstddef>
+#include <deque>
+#include <map>
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace engine {
+
+/// Every change records the cells it is about to touch; the open step keeps each cell's first
+/// before-state, so a gesture that touches a cell many times still undoes to where it began.
+class UndoHistory {
+public:
+    static constexpr std::size_t kDefaultMaxSteps = 100;
+
+    explicit UndoHistory(std::size_t maxSteps = kDefaultMaxSteps);
+
+    /// Saves the cell's current state into the open step, opening one if needed; a cell already
+    /// in the open step keeps its earlier before-state.
+    void recordBefore(Layer& layer, CellKey key);
+    /// Saves the before-state of every cell the layer has.
+    void recordAllCells(Layer& layer);
+    bool hasOpenStep() const;
+    /// Closes the open step. A step that changed nothing is dropped; one that did is pushed and
+    /// drops every redo step. Returns whether a step was pushed.
+    bool closeStep();
+    /// Closes the open step, then undoes the last step. False when there is nothing to undo.
+    bool undo();
+    /// Closes the open step, then redoes the last undone step. False when there is nothing to redo.
+    bool redo();
+
+    std::size_t undoDepth() const;
+    std::size_t redoDepth() const;
+
+private:
+    struct Entry {
+        Layer* layer = nullptr;
+        CellKey key;
+        std::optional<CellPixels> before;
+        std::optional<CellPixels> after;
+    };
+    using Step = std::map<std::pair<int, CellKey>, Entry>;
+
+    static bool sameState(const std::optional<CellPixels>& a, const std::optional<CellPixels>& b);
+    static bool captureAfterStates(Step& step);
+
+    std::size_t m_maxSteps;
+    std::optional<Step> m_open;
+    std::deque<Step> m_undo;
+    std::vector<Step> m_redo;
+};
+
+} // namespace engine
