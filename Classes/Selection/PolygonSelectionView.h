@@ -1,0 +1,14 @@
+// PolygonSelectionView: the tool view of the polygon lasso tool.
+#pragma once
+
+#include "Classes/Selection/SelectionBaseView.h"
+
+class PolygonSelectionView final : public SelectionBaseView {
+    KIT_MAKEABLE
+public:
+    /// A press over a host control goes to the host; the tool's own gesture builds on this.
+    void mouseDown(const kit::Event& event) override { beginPress(event); }
+
+protected:
+    explicit PolygonSelectionView(const kit::Rect& frame) : SelectionBaseView(frame) {}
+};
