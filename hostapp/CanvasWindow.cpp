@@ -1,0 +1,28 @@
+// CanvasWindow: window set-up and resizing.
+#include "hostapp/CanvasWindow.h"
+
+#include "kit/Application.h"
+
+namespace hostapp {
+
+CanvasWindow::CanvasWindow(kit::Size contentSize)
+    : m_window(kit::Window::create({ 0, 0, contentSize.width, contentSize.height }))
+    , m_document(std::make_unique<engine::Document>())
+{
+    m_window->setTitle("Quillmark");
+    kit::Application::shared().setMainWindow(m_window.get());
+}
+
+CanvasWindow::~CanvasWindow()
+{
+    if (kit::Application::shared().mainWindow() == m_window.get())
+        kit::Application::shared().setMainWindow(nullptr);
+}
+
+void CanvasWindow::setContentSize(kit::Size size)
+{
+    const kit::Rect frame = m_window->frame();
+    m_window->setFrame(m_window->frameRectForContentRect({ frame.origin, size }));
+}
+
+} // namespace hostapp

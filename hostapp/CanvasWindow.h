@@ -1,0 +1,29 @@
+// CanvasWindow: the host's canvas window and the engine document shown in it.
+#pragma once
+
+#include "engine/Document.h"
+#include "kit/Window.h"
+
+#include <memory>
+
+namespace hostapp {
+
+class CanvasWindow {
+public:
+    /// A window whose content area is `contentSize`, made the application's main window.
+    explicit CanvasWindow(kit::Size contentSize);
+    ~CanvasWindow();
+    CanvasWindow(const CanvasWindow&) = delete;
+    CanvasWindow& operator=(const CanvasWindow&) = delete;
+
+    kit::Window& window() { return *m_window; }
+    engine::Document& document() { return *m_document; }
+    /// Resizes the content area; views with autoresizing masks follow.
+    void setContentSize(kit::Size size);
+
+private:
+    kit::RefPtr<kit::Window> m_window;
+    std::unique_ptr<engine::Document> m_document;
+};
+
+} // namespace hostapp

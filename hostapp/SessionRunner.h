@@ -1,0 +1,51 @@
+// SessionRunner: carries out a session script against the plug-in and a fresh document.
+#pragma once
+
+#include "entry/PluginModule.h"
+#include "hostapp/CanvasWindow.h"
+#include "hostapp/SessionScript.h"
+
+#include <filesystem>
+#include <memory>
+#include <ostream>
+#include <string>
+
+namespace hostapp {
+
+class SessionRunner {
+public:
+    /// Output files named by the script are placed relative to `outDir`.
+    SessionRunner(const PluginModule& table, std::filesystem::path outDir, std::ostream& report);
+    /// Destroys a controller that is still alive.
+    ~SessionRunner();
+    SessionRunner(const SessionRunner&) = delete;
+    SessionRunner& operator=(const SessionRunner&) = delete;
+
+    /// Runs the commands in order; stops at the first failure with "SOURCE:LINE: message".
+    /// What was written before the failure stays.
+    bool run(const SessionScript& script, std::string& error);
+
+    CanvasWindow& canvas() { return *m_canvas; }
+    engine::Document& document() { return m_canvas->document(); }
+    /// The plug-in handle, null before the first run and after destroy.
+    void* handle() const { return m_handle; }
+    /// Hands every record of a saved log to the play slot, in order; the count, or -1.
+    int replayLog(const std::filesystem::path& path, std::string& problem);
+    bool saveMask(const std::filesystem::path& path, std::string& problem);
+    bool saveLog(const std::filesystem::path& path, std::string& problem);
+
+private:
+    bool execute(const SessionCommand& command, std::string& problem);
+    bool applySetting(const SessionCommand& command, std::string& problem);
+    std::filesystem::path outputPath(const std::string& name) const;
+    void destroyController();
+
+    const PluginModule& m_table;
+    std::filesystem::path m_outDir;
+    std::ostream& m_report;
+    std::unique_ptr<CanvasWindow> m_canvas;
+    void* m_handle = nullptr;
+    bool m_everRun = false;
+};
+
+} // namespace hostapp

@@ -1,0 +1,33 @@
+// SessionScript: a parsed session script, one command a line, checked before anything runs.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace hostapp {
+
+struct SessionCommand {
+    int line = 0;
+    std::string name;
+    std::vector<double> numbers; ///< numeric arguments, in order
+    std::string text;            ///< the file or text argument, when the command takes one
+};
+
+class SessionScript {
+public:
+    /// Parses the script; on the first unknown command or bad argument returns nothing and
+    /// sets `error` to "SOURCE:LINE: message".
+    static std::optional<SessionScript> parse(std::string_view text, const std::string& source, std::string& error);
+    static std::optional<SessionScript> load(const std::string& path, std::string& error);
+
+    const std::vector<SessionCommand>& commands() const { return m_commands; }
+    const std::string& source() const { return m_source; }
+
+private:
+    std::string m_source;
+    std::vector<SessionCommand> m_commands;
+};
+
+} // namespace hostapp

@@ -1,0 +1,112 @@
+// quillmark-host: the reference host application.
+#include "hostapp/Demo.h"
+#include "hostapp/PluginHost.h"
+#include "hostapp/SessionRunner.h"
+#include "hostapp/SessionScript.h"
+
+#include <cstring>
+#include <filesystem>
+#include <iostream>
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr int kUsageError = 2;
+
+void printUsage(std::ostream& out)
+{
+    out << "usage:\n"
+           "  quillmark-host demo [--out DIR]            run the built-in demo (files go to DIR, default out)\n"
+           "  quillmark-host session FILE [--out DIR]    run a session script headless\n"
+           "  quillmark-host replay LOG... [--out DIR]   replay action logs onto a fresh document\n";
+}
+
+struct Options {
+    std::string command;
+    std::vector<std::string> files;
+    std::filesystem::path outDir = "out";
+};
+
+bool parseOptions(int argc, char** argv, Options& options)
+{
+    if (argc < 2)
+        return false;
+    options.command = argv[1];
+    for (int i = 2; i < argc; ++i) {
+        if (std::strcmp(argv[i], "--out") == 0) {
+            if (++i == argc)
+                return false;
+            options.outDir = argv[i];
+        } else {
+            options.files.push_back(argv[i]);
+        }
+    }
+    if (options.command == "demo")
+        return options.files.empty();
+    if (options.command == "session")
+        return options.files.size() == 1;
+    if (options.command == "replay")
+        return !options.files.empty();
+    return false;
+}
+
+int runScript(const PluginModule& table, const hostapp::SessionScript& script, const Options& options)
+{
+    std::error_code ec;
+    std::filesystem::create_directories(options.outDir, ec);
+    if (ec) {
+        std::cerr << "quillmark-host: cannot make " << options.outDir.string() << ": " << ec.message() << "\n";
+        return kUsageError;
+    }
+    hostapp::SessionRunner runner(table, options.outDir, std::cout);
+    std::string error;
+    if (!runner.run(script, error)) {
+        std::cerr << error << "\n";
+        return kUsageError;
+    }
+    return 0;
+}
+
+/// The replay command as a session: a fresh document, the plug-in run, each log replayed, and
+/// the resulting mask and log saved.
+std::string replayScript(const std::vector<std::string>& logs)
+{
+    std::string text = "run\nwait 0.5\n";
+    for (const std::string& log : logs)
+        text += "replay " + std::filesystem::absolute(log).string() + "\n";
+    return text + "save-mask replay-mask.png\nsave-log replay-log.jsonl\n";
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    Options options;
+    if (argc == 2 && (std::strcmp(argv[1], "--help") == 0 || std::strcmp(argv[1], "-h") == 0)) {
+        printUsage(std::cout);
+        return 0;
+    }
+    if (!parseOptions(argc, argv, options)) {
+        printUsage(std::cerr);
+        return kUsageError;
+    }
+    std::string error;
+    auto plugin = hostapp::PluginHost::loadInstalled(error);
+    if (!plugin) {
+        std::cerr << "quillmark-host: " << error << "\n";
+        return 1;
+    }
+    std::optional<hostapp::SessionScript> script;
+    if (options.command == "demo")
+        script = hostapp::SessionScript::parse(hostapp::demoScript(), "demo", error);
+    else if (options.command == "session")
+        script = hostapp::SessionScript::load(options.files[0], error);
+    else
+        script = hostapp::SessionScript::parse(replayScript(options.files), "replay", error);
+    if (!script) {
+        std::cerr << error << "\n";
+        return kUsageError;
+    }
+    return runScript(plugin->table(), *script, options);
+}

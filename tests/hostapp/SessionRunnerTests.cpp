@@ -1,0 +1,189 @@
+// Sessions run against the real plug-in bundle and engine, in-process and as the host program.
+#include "host/HostEngine.h"
+#include "hostapp/PluginHost.h"
+#include "hostapp/SessionRunner.h"
+#include "kit/Image.h"
+#include "kit/RunLoop.h"
+#include "kit/Window.h"
+#include "tests/support/TempDir.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <sstream>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+fs::path buildDir()
+{
+    const char* build = std::getenv("QM_BUILD_DIR");
+    return build ? fs::path(build) : fs::current_path();
+}
+
+class SessionTest : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        std::string error;
+        plugin = hostapp::PluginHost::load((buildDir() / "Quillmark.app/Contents/PlugIns/QuillmarkPlugin_Selection.bundle").string(), error);
+        ASSERT_TRUE(plugin) << error;
+        runner = std::make_unique<hostapp::SessionRunner>(plugin->table(), dir.path(), report);
+    }
+    void TearDown() override
+    {
+        runner.reset();
+        kit::RunLoop::main().advance(10);
+    }
+    bool run(const std::string& text, std::string& error)
+    {
+        auto script = hostapp::SessionScript::parse(text, "t.session", error);
+        return script && runner->run(*script, error);
+    }
+
+    TempDir dir;
+    std::ostringstream report;
+    std::unique_ptr<hostapp::PluginHost> plugin;
+    std::unique_ptr<hostapp::SessionRunner> runner;
+};
+
+TEST_F(SessionTest, SettingsReachTheDocumentAndTheWindow)
+{
+    std::string error;
+    ASSERT_TRUE(run("window 800 600\ncanvas 640 480\nview 10 20 320 240\nviewsize 640 480\nlayer-offset 5 -7\n", error)) << error;
+    auto& doc = runner->document();
+    EXPECT_EQ(doc.canvasWidth(), 640);
+    EXPECT_EQ(doc.viewRect(), (engine::ViewRect { 10, 20, 320, 240 }));
+    EXPECT_EQ(doc.viewSize(), (engine::ViewSize { 640, 480 }));
+    int x = 0, y = 0;
+    doc.layerOffset(engine::Document::kSelectionMaskLayerId, x, y);
+    EXPECT_EQ(x, 5);
+    EXPECT_EQ(y, -7);
+    EXPECT_EQ(runner->canvas().window().contentView()->frame(), kit::Rect(0, 0, 800, 600));
+}
+
+TEST_F(SessionTest, RunPutsTheOverlayOverTheWindowAfterHalfASecond)
+{
+    std::string error;
+    ASSERT_TRUE(run("window 800 600\nrun\nwait 0.4\n", error)) << error;
+    kit::View* content = runner->canvas().window().contentView();
+    EXPECT_TRUE(content->subviews().empty());
+    ASSERT_TRUE(run("wait 0.1\n", error)) << error;
+    ASSERT_EQ(content->subviews().size(), 1u);
+    EXPECT_EQ(content->subviews()[0]->frame(), kit::Rect(0, 0, 800, 600));
+    EXPECT_EQ(plugin->table().isActive(runner->handle()), 1);
+    ASSERT_TRUE(run("stop\ndestroy\n", error)) << error;
+    EXPECT_EQ(runner->handle(), nullptr);
+    EXPECT_TRUE(content->subviews().empty());
+}
+
+TEST_F(SessionTest, UndoAndRedoThroughTheTableStepTheDocument)
+{
+    auto& doc = runner->document();
+    const std::vector<unsigned char> white(16 * 16 * 4, 255);
+    std::string error;
+    ASSERT_TRUE(run("run\nwait 0.5\n", error)) << error;
+    IPD_LayerPaint_ImportImageData(doc.context(), IPD_GetSelectionMaskID(doc.context()), white.data(), 16, 16, 100, 50);
+    IPD_StartRefreshingActiveLayer(doc.context());
+    ASSERT_TRUE(run("undo\n", error)) << error;
+    EXPECT_EQ(doc.maskAlpha()[50 * 1000 + 100], 0);
+    ASSERT_TRUE(run("redo\n", error)) << error;
+    EXPECT_EQ(doc.maskAlpha()[50 * 1000 + 100], 255);
+}
+
+TEST_F(SessionTest, SaveMaskWritesTheCanvasAsGreyWithTheLayerOffset)
+{
+    auto& doc = runner->document();
+    std::string error;
+    ASSERT_TRUE(run("canvas 200 100\nlayer-offset 10 5\n", error)) << error;
+    const std::vector<unsigned char> white(4 * 4 * 4, 255);
+    IPD_LayerPaint_ImportImageData(doc.context(), IPD_GetSelectionMaskID(doc.context()), white.data(), 4, 4, 0, 0);
+    ASSERT_TRUE(run("save-mask mask.png\n", error)) << error;
+    auto image = kit::Image::imageWithContentsOfFile((dir.path() / "mask.png").string());
+    ASSERT_TRUE(image);
+    EXPECT_EQ(image->pixelsWide(), 200);
+    EXPECT_EQ(image->pixelsHigh(), 100);
+    auto grey = [&](int x, int y) { return image->rgba()[(std::size_t(y) * 200 + x) * 4]; };
+    EXPECT_EQ(grey(10, 5), 255);
+    EXPECT_EQ(grey(13, 8), 255);
+    EXPECT_EQ(grey(9, 5), 0);
+    EXPECT_EQ(grey(14, 8), 0);
+    EXPECT_NE(report.str().find("wrote "), std::string::npos);
+}
+
+TEST_F(SessionTest, ALogSavedAndReplayedReachesThePlaySlot)
+{
+    auto& doc = runner->document();
+    SelectionEventRecord record;
+    record.kind = 90;
+    record.param2 = 3; // a brush record: accepted, no effect
+    record.name = "Selection";
+    IPD_RecordEvent(doc.context(), &record);
+    std::string error;
+    ASSERT_TRUE(run("run\nsave-log log.jsonl\nreplay log.jsonl\n", error)) << error;
+    EXPECT_NE(report.str().find("replayed 1 record"), std::string::npos);
+    EXPECT_EQ(doc.actionLog().size(), 1u);
+}
+
+TEST_F(SessionTest, RuntimeFailuresNameTheLineAndKeepEarlierFiles)
+{
+    std::string error;
+    EXPECT_FALSE(run("save-log first.jsonl\nreplay missing.jsonl\nsave-log second.jsonl\n", error));
+    EXPECT_EQ(error.rfind("t.session:2: replay: ", 0), 0u) << error;
+    EXPECT_TRUE(fs::exists(dir.path() / "first.jsonl"));
+    EXPECT_FALSE(fs::exists(dir.path() / "second.jsonl"));
+
+    EXPECT_FALSE(run("run\nwindow 10 10\n", error));
+    EXPECT_EQ(error, "t.session:2: window: the window size is fixed once the plug-in has run");
+    EXPECT_FALSE(run("save-mask no/such/folder/m.png\n", error));
+    EXPECT_EQ(error.rfind("t.session:1: save-mask: cannot write ", 0), 0u) << error;
+}
+
+/// Runs the installed host program and returns its exit status.
+int host(const std::string& arguments, const fs::path& cwd)
+{
+    const fs::path program = buildDir() / "Quillmark.app/Contents/bin/quillmark-host";
+    const std::string command = "cd '" + cwd.string() + "' && '" + program.string() + "' " + arguments + " >out.txt 2>err.txt";
+    const int status = std::system(command.c_str());
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+std::string readFile(const fs::path& path)
+{
+    std::ifstream in(path);
+    std::stringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+TEST(HostProgram, DemoWritesItsFilesIntoOut)
+{
+    TempDir dir;
+    ASSERT_EQ(host("demo", dir.path()), 0) << readFile(dir.path() / "err.txt");
+    for (const char* file : { "demo-mask.png", "demo-log.jsonl", "demo-replayed-mask.png" })
+        EXPECT_TRUE(fs::exists(dir.path() / "out" / file)) << file;
+    EXPECT_NE(readFile(dir.path() / "out.txt").find("wrote out/demo-mask.png"), std::string::npos);
+}
+
+TEST(HostProgram, ABadScriptStopsWithStatusTwoAndTheLine)
+{
+    TempDir dir;
+    dir.write("s.txt", "run\nwait 0.5\nfly away\n");
+    EXPECT_EQ(host("session s.txt --out o", dir.path()), 2);
+    EXPECT_EQ(readFile(dir.path() / "err.txt"), "s.txt:3: unknown command 'fly'\n");
+    EXPECT_EQ(host("bogus", dir.path()), 2);
+    EXPECT_EQ(host("session", dir.path()), 2);
+}
+
+TEST(HostProgram, ReplayCommandWritesTheReplayedMaskAndLog)
+{
+    TempDir dir;
+    dir.write("log.jsonl", "");
+    ASSERT_EQ(host("replay log.jsonl --out r", dir.path()), 0) << readFile(dir.path() / "err.txt");
+    EXPECT_TRUE(fs::exists(dir.path() / "r/replay-mask.png"));
+    EXPECT_TRUE(fs::exists(dir.path() / "r/replay-log.jsonl"));
+}
+
+} // namespace

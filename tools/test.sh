@@ -1,0 +1,17 @@
+#!/usr/bin/env bash
+# Installs what is missing, then builds and runs every test twice: a normal build, and one with
+# AddressSanitizer and UndefinedBehaviorSanitizer that stops at the first report.
+set -euo pipefail
+root=$(cd "$(dirname "$0")/.." && pwd)
+cd "$root"
+tools/setup.sh
+
+echo "== normal build"
+tools/build.sh build
+(cd build && ctest --output-on-failure)
+
+echo "== sanitizer build (address, undefined)"
+tools/build.sh build-asan -DQUILLMARK_SANITIZE=ON -DCMAKE_BUILD_TYPE=Debug
+export ASAN_OPTIONS=abort_on_error=1:detect_leaks=1
+export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
+(cd build-asan && ctest --output-on-failure)
