@@ -12,6 +12,9 @@ namespace {
 
 constexpr float kDefaultWindowWidth = 1200;
 constexpr float kDefaultWindowHeight = 900;
+// Pending calls get up to ten seconds of run-loop time at the end of a session.
+constexpr int kSettleSteps = 100;
+constexpr double kSettleStepSeconds = 0.1;
 
 int asInt(double value) { return static_cast<int>(value); }
 
@@ -25,7 +28,16 @@ SessionRunner::SessionRunner(const PluginModule& table, std::filesystem::path ou
 {
 }
 
-SessionRunner::~SessionRunner() { destroyController(); }
+SessionRunner::~SessionRunner()
+{
+    destroyController();
+    // Calls that the plug-in scheduled may still refer to the window (a controller destroyed
+    // within half a second of its first run adds its overlay when its call comes), so let them
+    // run before the window closes, as a real host's window outlives its run loop's pass.
+    auto& loop = kit::RunLoop::main();
+    for (int step = 0; step < kSettleSteps && loop.pendingCount() > 0; ++step)
+        loop.advance(kSettleStepSeconds);
+}
 
 void SessionRunner::destroyController()
 {

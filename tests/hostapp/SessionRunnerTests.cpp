@@ -79,6 +79,15 @@ TEST_F(SessionTest, RunPutsTheOverlayOverTheWindowAfterHalfASecond)
     EXPECT_TRUE(content->subviews().empty());
 }
 
+TEST_F(SessionTest, EndingASessionWithinHalfASecondOfRunLetsTheDelayedAddFinishFirst)
+{
+    std::string error;
+    ASSERT_TRUE(run("run\nwait 0.2\n", error)) << error;
+    EXPECT_GT(kit::RunLoop::main().pendingCount(), 0u);
+    runner.reset(); // the window goes only after the add that refers to it has run
+    EXPECT_EQ(kit::RunLoop::main().pendingCount(), 0u);
+}
+
 TEST_F(SessionTest, UndoAndRedoThroughTheTableStepTheDocument)
 {
     auto& doc = runner->document();
