@@ -10,6 +10,11 @@ CanvasWindow::CanvasWindow(kit::Size contentSize)
     , m_document(std::make_unique<engine::Document>())
 {
     m_window->setTitle("Quillmark");
+    m_canvasView = kit::make<CanvasView>(kit::Rect { 0, 0, contentSize.width, contentSize.height });
+    m_canvasView->setDocument(m_document.get());
+    m_window->setContentView(m_canvasView.get());
+    // Keys that no tool takes end at the canvas, which passes their releases on as "keyUp".
+    m_window->makeFirstResponder(m_canvasView.get());
     kit::Application::shared().setMainWindow(m_window.get());
 }
 

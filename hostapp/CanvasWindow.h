@@ -2,6 +2,7 @@
 #pragma once
 
 #include "engine/Document.h"
+#include "hostapp/CanvasView.h"
 #include "kit/Window.h"
 
 #include <memory>
@@ -18,12 +19,14 @@ public:
 
     kit::Window& window() { return *m_window; }
     engine::Document& document() { return *m_document; }
+    CanvasView& canvasView() { return *m_canvasView; }
     /// Resizes the content area; views with autoresizing masks follow.
     void setContentSize(kit::Size size);
 
 private:
     kit::RefPtr<kit::Window> m_window;
     std::unique_ptr<engine::Document> m_document;
+    kit::RefPtr<CanvasView> m_canvasView;
 };
 
 } // namespace hostapp

@@ -3,6 +3,7 @@
 
 #include "engine/ActionLog.h"
 #include "kit/AutoreleasePool.h"
+#include "kit/Event.h"
 #include "kit/Image.h"
 #include "kit/RunLoop.h"
 
@@ -97,7 +98,12 @@ bool SessionRunner::execute(const SessionCommand& command, std::string& problem)
     const std::string& name = command.name;
     if (name == "window" || name == "canvas" || name == "view" || name == "viewsize" || name == "layer-offset")
         return applySetting(command, problem);
-    if (name == "run") {
+    if (handleInput(command))
+        return true;
+    if (name == "host-area") {
+        const auto& n = command.numbers;
+        m_canvas->canvasView().addHostArea({ float(n[0]), float(n[1]), float(n[2]), float(n[3]) });
+    } else if (name == "run") {
         if (!m_handle)
             m_handle = m_table.create(document().context(), &m_canvas->window());
         m_everRun = true;
@@ -123,6 +129,81 @@ bool SessionRunner::execute(const SessionCommand& command, std::string& problem)
         return false;
     }
     return true;
+}
+
+void SessionRunner::sendMouse(kit::EventType type, const std::vector<double>& n, int clicks)
+{
+    const kit::Point at { float(n[0]), float(n[1]) };
+    m_canvas->window().sendEvent(kit::Event::mouse(type, at, clicks, kit::RunLoop::main().now()));
+}
+
+void SessionRunner::sendKey(const std::string& characters, unsigned short keyCode)
+{
+    const double now = kit::RunLoop::main().now();
+    m_canvas->window().sendEvent(kit::Event::key(kit::EventType::KeyDown, characters, keyCode, now));
+    m_canvas->window().sendEvent(kit::Event::key(kit::EventType::KeyUp, characters, keyCode, now));
+}
+
+bool SessionRunner::handleInput(const SessionCommand& command)
+{
+    using kit::EventType;
+    const std::string& name = command.name;
+    const auto& n = command.numbers;
+    if (name == "down") {
+        m_clickCount = n.size() > 2 ? int(n[2]) : 1;
+        sendMouse(EventType::LeftMouseDown, n, m_clickCount);
+    } else if (name == "drag") {
+        sendMouse(EventType::LeftMouseDragged, n, m_clickCount);
+    } else if (name == "up") {
+        sendMouse(EventType::LeftMouseUp, n, n.size() > 2 ? int(n[2]) : m_clickCount);
+    } else if (name == "move") {
+        sendMouse(EventType::MouseMoved, n, 0);
+    } else if (name == "rightdown") {
+        sendMouse(EventType::RightMouseDown, n, 1);
+    } else if (name == "rightup") {
+        sendMouse(EventType::RightMouseUp, n, 1);
+    } else if (name == "click" || name == "doubleclick") {
+        const int presses = name == "click" ? 1 : 2;
+        for (int count = 1; count <= presses; ++count) {
+            sendMouse(EventType::LeftMouseDown, n, count);
+            sendMouse(EventType::LeftMouseUp, n, count);
+        }
+        m_clickCount = presses;
+    } else if (name == "key") {
+        const auto [characters, code] = keyFor(command.text);
+        sendKey(characters, code);
+    } else if (name == "type") {
+        for (const std::string& character : splitCharacters(command.text))
+            sendKey(character, kit::KeyCodeNone);
+    } else {
+        return false;
+    }
+    return true;
+}
+
+std::pair<std::string, unsigned short> SessionRunner::keyFor(const std::string& name)
+{
+    if (name == "delete")
+        return { "\x7f", kit::KeyCodeDelete };
+    if (name == "return")
+        return { "\r", kit::KeyCodeReturn };
+    if (name == "escape")
+        return { "\x1b", kit::KeyCodeEscape };
+    if (name == "tab")
+        return { "\t", kit::KeyCodeTab };
+    return { name, kit::KeyCodeNone };
+}
+
+std::vector<std::string> SessionRunner::splitCharacters(const std::string& text)
+{
+    std::vector<std::string> out;
+    for (char c : text) {
+        if ((static_cast<unsigned char>(c) & 0xC0) == 0x80 && !out.empty())
+            out.back() += c; // a continuation byte of a UTF-8 character
+        else
+            out.emplace_back(1, c);
+    }
+    return out;
 }
 
 int SessionRunner::replayLog(const std::filesystem::path& path, std::string& problem)

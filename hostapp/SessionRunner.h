@@ -4,11 +4,14 @@
 #include "entry/PluginModule.h"
 #include "hostapp/CanvasWindow.h"
 #include "hostapp/SessionScript.h"
+#include "kit/Event.h"
 
 #include <filesystem>
 #include <memory>
 #include <ostream>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace hostapp {
 
@@ -37,6 +40,12 @@ public:
 private:
     bool execute(const SessionCommand& command, std::string& problem);
     bool applySetting(const SessionCommand& command, std::string& problem);
+    /// Mouse and key commands; false for any other command.
+    bool handleInput(const SessionCommand& command);
+    void sendMouse(kit::EventType type, const std::vector<double>& numbers, int clicks);
+    void sendKey(const std::string& characters, unsigned short keyCode);
+    static std::pair<std::string, unsigned short> keyFor(const std::string& name);
+    static std::vector<std::string> splitCharacters(const std::string& text);
     std::filesystem::path outputPath(const std::string& name) const;
     void destroyController();
 
@@ -46,6 +55,7 @@ private:
     std::unique_ptr<CanvasWindow> m_canvas;
     void* m_handle = nullptr;
     bool m_everRun = false;
+    int m_clickCount = 1;
 };
 
 } // namespace hostapp

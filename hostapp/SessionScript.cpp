@@ -1,6 +1,7 @@
 // SessionScript: the command table and the argument checks.
 #include "hostapp/SessionScript.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <fstream>
@@ -14,17 +15,23 @@ enum class Arg {
     Extent,  ///< a whole number of pixels or points from 1 to kMaxExtent
     Coord,   ///< a whole number within +-kMaxCoord
     Seconds, ///< a finite number of seconds from 0 to kMaxSeconds
-    Path,    ///< the rest of the line
+    Point,   ///< a window coordinate: any number within +-kMaxPoint
+    Clicks,  ///< a click count from 1 to kMaxClicks
+    Key,     ///< one key name or one character
+    Rest,    ///< the rest of the line
 };
 
 constexpr double kMaxExtent = 30000;
 constexpr double kMaxCoord = 1e9;
 constexpr double kMaxSeconds = 86400;
+constexpr double kMaxPoint = 1e6;
+constexpr double kMaxClicks = 9;
 
 struct Syntax {
     const char* name;
     std::vector<Arg> args;
     const char* usage;
+    std::size_t optional = 0; ///< how many of the last arguments may be left out
 };
 
 const std::vector<Syntax>& commandTable()
@@ -41,9 +48,20 @@ const std::vector<Syntax>& commandTable()
         { "wait", { Arg::Seconds }, "wait S" },
         { "undo", {}, "undo" },
         { "redo", {}, "redo" },
-        { "save-mask", { Arg::Path }, "save-mask FILE" },
-        { "save-log", { Arg::Path }, "save-log FILE" },
-        { "replay", { Arg::Path }, "replay FILE" },
+        { "save-mask", { Arg::Rest }, "save-mask FILE" },
+        { "save-log", { Arg::Rest }, "save-log FILE" },
+        { "replay", { Arg::Rest }, "replay FILE" },
+        { "host-area", { Arg::Coord, Arg::Coord, Arg::Extent, Arg::Extent }, "host-area X Y W H" },
+        { "down", { Arg::Point, Arg::Point, Arg::Clicks }, "down X Y [N]", 1 },
+        { "drag", { Arg::Point, Arg::Point }, "drag X Y" },
+        { "up", { Arg::Point, Arg::Point, Arg::Clicks }, "up X Y [N]", 1 },
+        { "move", { Arg::Point, Arg::Point }, "move X Y" },
+        { "rightdown", { Arg::Point, Arg::Point }, "rightdown X Y" },
+        { "rightup", { Arg::Point, Arg::Point }, "rightup X Y" },
+        { "click", { Arg::Point, Arg::Point }, "click X Y" },
+        { "doubleclick", { Arg::Point, Arg::Point }, "doubleclick X Y" },
+        { "key", { Arg::Key }, "key delete|return|escape|tab|CHARACTER" },
+        { "type", { Arg::Rest }, "type TEXT" },
     };
     return table;
 }
@@ -86,10 +104,34 @@ std::string checkNumber(const std::string& word, Arg kind, double& value)
         if (value < 0 || value > kMaxSeconds)
             return "'" + word + "' must be a number of seconds from 0 to 86400";
         return {};
-    case Arg::Path:
+    case Arg::Point:
+        if (std::fabs(value) > kMaxPoint)
+            return "'" + word + "' must be a coordinate within +-1000000";
+        return {};
+    case Arg::Clicks:
+        if (value != std::floor(value) || value < 1 || value > kMaxClicks)
+            return "'" + word + "' must be a click count from 1 to 9";
+        return {};
+    case Arg::Key:
+    case Arg::Rest:
         return {};
     }
     return {};
+}
+
+/// The number of characters (UTF-8 code points) in a word.
+std::size_t codePoints(const std::string& word)
+{
+    return std::size_t(std::count_if(word.begin(), word.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
+}
+
+std::string checkKey(const std::string& word)
+{
+    for (const char* name : { "delete", "return", "escape", "tab" }) {
+        if (word == name)
+            return {};
+    }
+    return codePoints(word) == 1 ? std::string() : "'" + word + "' is neither a key name nor one character";
 }
 
 std::string parseCommand(std::string_view line, SessionCommand& command)
@@ -103,13 +145,19 @@ std::string parseCommand(std::string_view line, SessionCommand& command)
     if (!syntax)
         return "unknown command '" + parts[0] + "'";
     command.name = parts[0];
-    if (!syntax->args.empty() && syntax->args.front() == Arg::Path) {
+    if (!syntax->args.empty() && syntax->args.front() == Arg::Rest) {
         command.text = std::string(trim(trim(line).substr(parts[0].size())));
         return command.text.empty() ? "usage: " + std::string(syntax->usage) : std::string();
     }
-    if (parts.size() - 1 != syntax->args.size())
+    const std::size_t given = parts.size() - 1;
+    if (given > syntax->args.size() || given + syntax->optional < syntax->args.size())
         return "usage: " + std::string(syntax->usage);
-    for (std::size_t i = 0; i < syntax->args.size(); ++i) {
+    if (!syntax->args.empty() && syntax->args.front() == Arg::Key) {
+        command.text = parts[1];
+        std::string problem = checkKey(parts[1]);
+        return problem.empty() ? problem : command.name + ": " + problem;
+    }
+    for (std::size_t i = 0; i < given; ++i) {
         double value = 0;
         if (std::string problem = checkNumber(parts[i + 1], syntax->args[i], value); !problem.empty())
             return command.name + ": " + problem;

@@ -52,11 +52,32 @@ TEST(SessionScript, RefusesBadCommandsAndArgumentsWithFileAndLine)
              Case { "run now\n", "s.txt:1: usage: run" },
              Case { "save-mask\n", "s.txt:1: usage: save-mask FILE" },
              Case { "save-log   # no file\n", "s.txt:1: usage: save-log FILE" },
+             Case { "down 10\n", "s.txt:1: usage: down X Y [N]" },
+             Case { "down 10 20 1 1\n", "s.txt:1: usage: down X Y [N]" },
+             Case { "down 10 20 0\n", "s.txt:1: down: '0' must be a click count from 1 to 9" },
+             Case { "drag 10 2e7\n", "s.txt:1: drag: '2e7' must be a coordinate within +-1000000" },
+             Case { "key enter\n", "s.txt:1: key: 'enter' is neither a key name nor one character" },
+             Case { "key\n", "s.txt:1: usage: key delete|return|escape|tab|CHARACTER" },
+             Case { "type\n", "s.txt:1: usage: type TEXT" },
+             Case { "host-area 1 2 0 4\n", "s.txt:1: host-area: '0' must be a whole number from 1 to 30000" },
          }) {
         std::string error;
         EXPECT_FALSE(SessionScript::parse(k.text, "s.txt", error)) << k.text;
         EXPECT_EQ(error, k.error);
     }
+}
+
+TEST(SessionScript, InputCommandsTakeOptionalCountsKeysAndText)
+{
+    std::string error;
+    const auto script = SessionScript::parse("down 10.5 20\nup 10.5 20 2\nkey tab\nkey \xC3\xA9\ntype hello world\n", "s", error);
+    ASSERT_TRUE(script) << error;
+    const auto& c = script->commands();
+    EXPECT_EQ(c[0].numbers, (std::vector<double> { 10.5, 20 }));
+    EXPECT_EQ(c[1].numbers, (std::vector<double> { 10.5, 20, 2 }));
+    EXPECT_EQ(c[2].text, "tab");
+    EXPECT_EQ(c[3].text, "\xC3\xA9");
+    EXPECT_EQ(c[4].text, "hello world");
 }
 
 TEST(SessionScript, AMissingFileIsReported)

@@ -1,0 +1,69 @@
+// CanvasView: the content view of the host's canvas window, with the host's own controls.
+#pragma once
+
+#include "engine/Document.h"
+#include "kit/View.h"
+
+#include <string>
+#include <vector>
+
+namespace hostapp {
+
+/// The host draws the canvas in this view and keeps a few controls along its bottom-left
+/// corner: zoom in, zoom out, fit and a pan pad. Each control is watched by a tracking area
+/// on this view, which is how the plug-in learns where the host's controls are. Presses that
+/// the overlay passes on arrive here through the responder chain.
+class CanvasView final : public kit::View {
+    KIT_MAKEABLE
+public:
+    enum class Control { ZoomIn, ZoomOut, Fit, Pan, Area };
+    struct HostControl {
+        Control kind;
+        kit::Rect rect;
+    };
+    /// The options of the host's tracking areas: entered and exited, moved, active in the key window.
+    static constexpr unsigned kAreaOptions = 0x23;
+    static constexpr const char* kTrackingAreaCursorUpdated = "TrackingAreaCursorUpdated";
+    static constexpr const char* kKeyUp = "keyUp";
+
+    void initView() override;
+    void setDocument(engine::Document* document) { m_document = document; }
+
+    const std::vector<HostControl>& controls() const { return m_controls; }
+    /// Adds a control area without an action of its own, and tells observers the areas changed.
+    void addHostArea(const kit::Rect& rect);
+
+    /// What reached the host: one line an event, e.g. "down 120,110" or "zoom-in".
+    const std::vector<std::string>& hostLog() const { return m_log; }
+
+    bool acceptsFirstResponder() const override { return true; }
+    void mouseDown(const kit::Event& event) override;
+    void mouseDragged(const kit::Event& event) override;
+    void mouseUp(const kit::Event& event) override;
+    void mouseEntered(const kit::Event& event) override;
+    void mouseExited(const kit::Event& event) override;
+    /// A key release that no tool took: posted as "keyUp" with the event as its object.
+    void keyUp(const kit::Event& event) override;
+
+    /// A dropped PNG file becomes the canvas picture.
+    kit::DragOperation draggingEntered(const kit::DraggingInfo& info) override;
+    kit::DragOperation draggingUpdated(const kit::DraggingInfo& info) override;
+    bool performDragOperation(const kit::DraggingInfo& info) override;
+
+private:
+    explicit CanvasView(const kit::Rect& frame);
+
+    void addControl(Control kind, const kit::Rect& rect);
+    const HostControl* controlAt(kit::Point p) const;
+    void act(Control kind);
+    void zoomBy(double factor);
+    void note(const std::string& line) { m_log.push_back(line); }
+
+    engine::Document* m_document = nullptr;
+    std::vector<HostControl> m_controls;
+    std::vector<std::string> m_log;
+    const HostControl* m_pressed = nullptr;
+    kit::Point m_lastDrag;
+};
+
+} // namespace hostapp
