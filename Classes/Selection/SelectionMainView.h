@@ -6,6 +6,15 @@
 #include "kit/View.h"
 
 struct SelectionEventRecord;
+
+/// Where a mask goes in the selection-mask layer: its first pixel at layer pixel (x, y), and
+/// its size in pixels.
+struct SelectionMaskRect {
+    int x = 0;
+    int y = 0;
+    int width = 0;
+    int height = 0;
+};
 class SelectionBaseView;
 class SelectionOptionsView;
 class RectangleSelectionView;
@@ -41,6 +50,11 @@ public:
     void dealPlay(SelectionEventRecord* record);
     void undo(void* argument);
     void redo(void* argument);
+
+    /// Merges an RGBA mask (width x height pixels, first row first) into the selection-mask
+    /// layer's cells in place: a mask pixel with alpha selects an unselected cell pixel and can
+    /// lower the alpha of a selected one, never raise it. Always 0.
+    int setSelectionMaskRect(const unsigned char* mask, SelectionMaskRect rect);
 
     /// Overlay point to canvas point, from the engine's geometry read afresh.
     kit::Point convertPointNSViewToCavansView(kit::Point point) const;
