@@ -224,14 +224,14 @@ TEST_F(OverlayTest, TheContextReachesEveryToolViewButNotTheBar)
 
 TEST_F(OverlayTest, ReplayOfAnyToolNumberIsSafe)
 {
-    // No tool replays anything yet, so the document must stay untouched whatever the number,
-    // including values whose conversion to an integer would be undefined.
+    // Numbers that name no tool, including those whose conversion to an integer would be
+    // undefined, and the brush tools' numbers, which replay nothing.
     engine::Document document;
     document.setJournalEnabled(true);
     overlay->setQMContext(document.context());
     const float nan = std::numeric_limits<float>::quiet_NaN();
     const float inf = std::numeric_limits<float>::infinity();
-    for (float number : { 0.0f, 1.9f, 4.99f, -0.5f, 5.0f, -1.0f, nan, inf, -inf, 3e38f }) {
+    for (float number : { 3.0f, 4.99f, 5.0f, -1.0f, nan, inf, -inf, 3e38f, -3e38f }) {
         SelectionEventRecord record;
         record.param2 = number;
         overlay->dealPlay(&record);

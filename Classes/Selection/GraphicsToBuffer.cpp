@@ -1,0 +1,245 @@
+// GraphicsToBuffer: mask buffers sized by truncated bounds, filled by the kit, feathered by its blur.
+#include "Classes/Selection/GraphicsToBuffer.h"
+
+#include "Classes/Selection/GraphicsToBufferInternals.h"
+#include "Classes/Selection/SelectionAssert.h"
+#include "kit/AffineTransform.h"
+#include "kit/CIContext.h"
+#include "kit/CIFilter.h"
+#include "kit/ColorSpace.h"
+#include "kit/Data.h"
+#include "kit/MemoryRecycler.h"
+#include "kit/MutablePath.h"
+
+#include <algorithm>
+#include <bit>
+#include <climits>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+
+namespace {
+
+// Feathers at or below this, compared in double precision, blur nothing.
+constexpr double kFeatherThreshold = 0.0001;
+
+bool isFeathered(float feather) { return double(feather) > kFeatherThreshold; }
+
+bool validFeather(float feather) { return feather >= 0 && feather <= kGraphicsToBufferMaxFeather; }
+
+bool fitsInt(double v) { return v >= double(INT_MIN) && v <= double(INT_MAX); }
+
+// The blur pads each side to a multiple of 16 pixels; its scratch follows that padded area.
+long long blurArea(long long width, long long height) { return (width + 15) / 16 * 16 * ((height + 15) / 16 * 16); }
+
+// The buffer's size from float sizes as the rules compute them, or false when it is refused.
+bool bufferSize(float width, float height, float feather, int& outWidth, int& outHeight)
+{
+    if (!std::isfinite(width) || !std::isfinite(height) || !(width >= 1) || !(height >= 1))
+        return false;
+    if (double(width) * double(height) > double(kGraphicsToBufferMaxPixels))
+        return false;
+    const long long w = (long long)width, h = (long long)height;
+    if (w * h > kGraphicsToBufferMaxPixels)
+        return false;
+    // The blur's scratch grows with its padded area and with its longer side.
+    if (isFeathered(feather) && (blurArea(w, h) > kGraphicsToBufferMaxPixels || std::max(w, h) > kGraphicsToBufferMaxBlurSide))
+        return false;
+    outWidth = int(w);
+    outHeight = int(h);
+    return true;
+}
+
+struct Layout {
+    kit::Point origin;
+    int width = 0;
+    int height = 0;
+};
+
+// Allocates and clears the pixel block, or returns null.
+unsigned char* clearedBlock(const Layout& layout)
+{
+    const std::size_t bytes = std::size_t(layout.width) * std::size_t(layout.height) * 4;
+    auto* data = static_cast<unsigned char*>(kit::MemoryRecycler::shared().allocate(bytes));
+    if (data)
+        std::memset(data, 0, bytes);
+    return data;
+}
+
+void setFillColor(kit::BitmapContext& context, COLOR_STRUCT color)
+{
+    context.setRGBFillColor(color.r / 255.0f, color.g / 255.0f, color.b / 255.0f, color.a / 255.0f);
+}
+
+// Replaces the sharp shape by its blur: the image reads a copy, the buffer is cleared and the
+// blurred copy drawn back over exactly the buffer's rectangle.
+bool featherStep(kit::BitmapContext& context, unsigned char* data, const Layout& layout, float feather)
+{
+    auto [image, copy] = CICreateCIImage(data, layout.width, layout.height, feather);
+    if (!image)
+        return false;
+    std::memset(data, 0, std::size_t(layout.width) * std::size_t(layout.height) * 4);
+    auto ciContext = kit::CIContext::contextWithCGContextOptions(&context, nullptr);
+    const kit::Rect whole(0, 0, float(layout.width), float(layout.height));
+    const bool drawn = ciContext->drawImageInRectFromRect(image.get(), whole, whole);
+    image.clear();
+    kit::MemoryRecycler::shared().release(copy);
+    return drawn;
+}
+
+// Fills a fresh buffer with `draw` and feathers it; hands it over only when all went well.
+template <typename Draw>
+int rasterize(IMAGE_BUFFER& buffer, kit::Point& origin, const Layout& layout, float feather, Draw&& draw)
+{
+    unsigned char* data = clearedBlock(layout);
+    if (!data)
+        return kGraphicsToBufferNoContext;
+    auto context = MyCreateBitmapContext(layout.width, layout.height, data, 0);
+    context->setAllowsAntialiasing(true);
+    context->setShouldAntialias(true);
+    draw(*context);
+    if (isFeathered(feather) && !featherStep(*context, data, layout, feather)) {
+        kit::MemoryRecycler::shared().release(data);
+        return kGraphicsToBufferNoContext;
+    }
+    buffer.nWidth = layout.width;
+    buffer.nHeight = layout.height;
+    buffer.pData = data;
+    origin = layout.origin;
+    return kGraphicsToBufferDone;
+}
+
+// The polygon's buffer placement: integer bounds truncated toward zero, then the margins.
+bool polygonLayout(const kit::Point* vertices, int count, float feather, Layout& layout)
+{
+    if (!vertices || count > kGraphicsToBufferMaxVertices || !validFeather(feather))
+        return false;
+    long long minX = 0, maxX = 0, minY = 0, maxY = 0;
+    for (int i = 0; i < count; ++i) {
+        const kit::Point p = vertices[i];
+        // Every coordinate must truncate to an int.
+        if (!(std::fabs(p.x) < 2147483648.0f) || !(std::fabs(p.y) < 2147483648.0f))
+            return false;
+        const long long x = (long long)p.x, y = (long long)p.y;
+        minX = i == 0 ? x : std::min(minX, x);
+        maxX = i == 0 ? x : std::max(maxX, x);
+        minY = i == 0 ? y : std::min(minY, y);
+        maxY = i == 0 ? y : std::max(maxY, y);
+    }
+    const double originX = double(minX - 1) - double(feather), originY = double(minY - 1) - double(feather);
+    if (!fitsInt(originX) || !fitsInt(originY) || !fitsInt(double(maxX - minX + 3) + 2.0 * double(feather)))
+        return false;
+    if (!fitsInt(double(maxY - minY + 3) + 2.0 * double(feather)))
+        return false;
+    layout.origin = { float(minX - 1) - feather, float(minY - 1) - feather };
+    const float width = float(maxX + 3 - minX) + 2 * feather;
+    const float height = float(maxY + 3 - minY) + 2 * feather;
+    return bufferSize(width, height, feather, layout.width, layout.height) && fitsInt(double(layout.origin.x))
+        && fitsInt(double(layout.origin.y));
+}
+
+bool ellipseLayout(const kit::Rect& rect, float feather, Layout& layout)
+{
+    if (!validFeather(feather))
+        return false;
+    for (float v : { rect.x(), rect.y(), rect.width(), rect.height() }) {
+        if (!std::isfinite(v))
+            return false;
+    }
+    if (rect.width() < 0 || rect.height() < 0)
+        return false;
+    layout.origin = { rect.x() - 1 - feather, rect.y() - 1 - feather };
+    if (!fitsInt(double(layout.origin.x)) || !fitsInt(double(layout.origin.y)))
+        return false;
+    return bufferSize(rect.width() + 3 + 2 * feather, rect.height() + 3 + 2 * feather, feather, layout.width,
+                      layout.height);
+}
+
+} // namespace
+
+kit::RefPtr<kit::BitmapContext> MyCreateBitmapContext(int width, int height, unsigned char* memory, int)
+{
+    auto colorSpace = kit::ColorSpace::createDeviceRGB();
+    if (!memory)
+        SELECTION_ASSERT(false);
+    auto context = kit::BitmapContext::create(memory, width, height, 8, std::size_t(width) * 4, colorSpace.get(),
+                                              kit::ImageAlphaPremultipliedLast);
+    if (!context)
+        SELECTION_ASSERT(false);
+    return context;
+}
+
+std::pair<kit::RefPtr<kit::CIImage>, unsigned char*> CICreateCIImage(const unsigned char* bytes, int width, int height,
+                                                                     float radius)
+{
+    const std::size_t count = std::size_t(width) * std::size_t(height);
+    auto* copy = static_cast<unsigned char*>(kit::MemoryRecycler::shared().allocate(count * 4));
+    if (!copy)
+        return { nullptr, nullptr };
+    // R, G, B, A to A, R, G, B: each pixel's little-endian word rotated left by a byte.
+    for (std::size_t i = 0; i < count; ++i) {
+        std::uint32_t word;
+        std::memcpy(&word, bytes + 4 * i, 4);
+        word = std::rotl(word, 8);
+        std::memcpy(copy + 4 * i, &word, 4);
+    }
+    auto data = kit::Data::dataWithBytesNoCopy(copy, count * 4, false);
+    auto colorSpace = kit::ColorSpace::createDeviceRGB();
+    auto image = kit::CIImage::imageWithBitmapData(data, std::size_t(width) * 4, { float(width), float(height) },
+                                                   kit::CIFormatARGB8, colorSpace.get());
+    if (double(radius) < kFeatherThreshold)
+        return { image, copy };
+    auto filter = kit::CIFilter::filterWithName("CIGaussianBlur");
+    filter->setValueForKey(image, "inputImage");
+    filter->setValueForKey(double(radius), "inputRadius");
+    return { filter->imageForKey("outputImage"), copy };
+}
+
+int CreateImageBufferFromPolygon(IMAGE_BUFFER& buffer, kit::Point& origin, const kit::Point* vertices, int count,
+                                 COLOR_STRUCT, bool, COLOR_STRUCT fillColor, float feather)
+{
+    if (count < 3)
+        return kGraphicsToBufferTooFewVertices;
+    Layout layout;
+    if (!polygonLayout(vertices, count, feather, layout))
+        return kGraphicsToBufferRefused;
+    return rasterize(buffer, origin, layout, feather, [&](kit::BitmapContext& context) {
+        // The vertices as given, moved into the buffer; the fill closes the figure.
+        auto path = kit::MutablePath::create();
+        const kit::AffineTransform move = kit::AffineTransformMakeTranslation(-layout.origin.x, -layout.origin.y);
+        path->addLines(&move, vertices, count);
+        context.beginPath();
+        context.addPath(*path);
+        setFillColor(context, fillColor);
+        context.fillPath();
+    });
+}
+
+int CreateImageBufferFromRect(IMAGE_BUFFER& buffer, kit::Point& origin, kit::Rect rect, COLOR_STRUCT firstColor,
+                              bool flag, COLOR_STRUCT fillColor, float feather)
+{
+    if (!std::isfinite(rect.width()) || !std::isfinite(rect.height()) || rect.width() < 0 || rect.height() < 0)
+        return kGraphicsToBufferRefused;
+    const float x = rect.x(), y = rect.y(), w = rect.width(), h = rect.height();
+    const kit::Point corners[4] = { { x, y }, { x, y + h }, { x + w, y + h }, { x + w, y } };
+    return CreateImageBufferFromPolygon(buffer, origin, corners, 4, firstColor, flag, fillColor, feather);
+}
+
+int CreateImageBufferFromEllipse(IMAGE_BUFFER& buffer, kit::Point& origin, kit::Rect rect, COLOR_STRUCT, bool,
+                                 COLOR_STRUCT fillColor, float feather)
+{
+    Layout layout;
+    if (!ellipseLayout(rect, feather, layout))
+        return kGraphicsToBufferRefused;
+    return rasterize(buffer, origin, layout, feather, [&](kit::BitmapContext& context) {
+        setFillColor(context, fillColor);
+        context.fillEllipseInRect(
+            kit::Rect(rect.x() - layout.origin.x, rect.y() - layout.origin.y, rect.width(), rect.height()));
+    });
+}
+
+void DestroyImageBuffer(IMAGE_BUFFER buffer)
+{
+    if (buffer.pData)
+        kit::MemoryRecycler::shared().release(buffer.pData);
+}

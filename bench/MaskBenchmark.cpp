@@ -1,0 +1,268 @@
+// MaskBenchmark: the mask pipeline against one memcpy of its buffer and against cairo + OpenCV.
+//
+// Every figure is a median over the runs of one process. For each shape the program measures a
+// memcpy of a buffer of the mask's size, the rasteriser building the mask (allocation, fill,
+// feather, as the tools call it), and the obvious alternative: cairo filling the same shape and,
+// where OpenCV is installed, cv::GaussianBlur with the same sigma and a transparent border. At
+// the end it prints the ratios, and for feathered rectangles the largest difference from the
+// exact Gaussian (computed separably in double precision).
+#include "Classes/Selection/GraphicsToBuffer.h"
+
+#include <benchmark/benchmark.h>
+#include <cairo.h>
+
+#ifdef QM_HAVE_OPENCV
+#include <opencv2/imgproc.hpp>
+#endif
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <map>
+#include <numbers>
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr COLOR_STRUCT kWhite { 255, 255, 255, 255 };
+constexpr float kSide = 3000;
+
+enum Shape {
+    Rectangle,
+    Ellipse,
+    Star,
+};
+const char* shapeName(int shape) { return shape == Rectangle ? "rectangle" : shape == Ellipse ? "ellipse" : "star500"; }
+
+// 500 vertices alternating between two radii: a simple polygon with 250 sharp points.
+std::vector<kit::Point> starVertices()
+{
+    std::vector<kit::Point> v;
+    for (int i = 0; i < 500; ++i) {
+        const double r = i % 2 ? kSide / 4 : kSide / 2;
+        const double t = 2 * std::numbers::pi * i / 500;
+        v.push_back({ float(kSide / 2 + r * std::cos(t)), float(kSide / 2 + r * std::sin(t)) });
+    }
+    return v;
+}
+
+int buildMask(int shape, float feather, IMAGE_BUFFER& buffer, kit::Point& origin)
+{
+    static const std::vector<kit::Point> star = starVertices();
+    switch (shape) {
+    case Rectangle:
+        return CreateImageBufferFromRect(buffer, origin, kit::Rect(0, 0, kSide, kSide), kWhite, true, kWhite, feather);
+    case Ellipse:
+        return CreateImageBufferFromEllipse(buffer, origin, kit::Rect(0, 0, kSide, kSide), kWhite, true, kWhite, feather);
+    case Star:
+        return CreateImageBufferFromPolygon(buffer, origin, star.data(), int(star.size()), kWhite, true, kWhite, feather);
+    }
+    return -1;
+}
+
+double milliseconds(std::chrono::steady_clock::time_point since)
+{
+    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - since).count();
+}
+
+double median(std::vector<double> v)
+{
+    std::sort(v.begin(), v.end());
+    return v.empty() ? 0 : v[v.size() / 2];
+}
+
+struct Result {
+    double memcpyMs = 0, maskMs = 0, alternativeMs = 0, maxError = -1;
+    int width = 0, height = 0;
+};
+std::map<std::string, Result> g_results;
+
+std::string key(int shape, float feather) { return std::string(shapeName(shape)) + " feather " + std::to_string(feather).substr(0, 5); }
+
+double medianMemcpy(std::size_t bytes)
+{
+    std::vector<unsigned char> from(bytes, 1), to(bytes, 2);
+    std::vector<double> times;
+    for (int i = 0; i < 15; ++i) {
+        const auto start = std::chrono::steady_clock::now();
+        std::memcpy(to.data(), from.data(), bytes);
+        benchmark::DoNotOptimize(to.data());
+        benchmark::ClobberMemory();
+        times.push_back(milliseconds(start));
+    }
+    return median(times);
+}
+
+// The exact blur of the rectangle's sharp mask along one axis: the area coverage of the span
+// [from, to) in each pixel, convolved in double precision with the normalised Gaussian.
+std::vector<double> blurredSpan(int length, double from, double to, double sigma)
+{
+    const int reach = int(std::ceil(12 * sigma)) + 2;
+    std::vector<double> weights(std::size_t(2 * reach + 1));
+    double sum = 0;
+    for (int n = -reach; n <= reach; ++n)
+        sum += weights[std::size_t(n + reach)] = std::exp(-double(n) * n / (2 * sigma * sigma));
+    std::vector<double> sharp(static_cast<std::size_t>(length));
+    for (int x = 0; x < length; ++x)
+        sharp[std::size_t(x)] = std::max(0.0, std::min(to, x + 1.0) - std::max(from, double(x)));
+    std::vector<double> out(std::size_t(length), 0);
+    for (int x = 0; x < length; ++x)
+        for (int n = std::max(-reach, -x); n <= std::min(reach, length - 1 - x); ++n)
+            out[std::size_t(x)] += weights[std::size_t(n + reach)] / sum * sharp[std::size_t(x + n)];
+    return out;
+}
+
+// The largest distance, in 8-bit steps, of the rectangle mask's alpha from the exact Gaussian of
+// its sharp square: a separable product, so the whole buffer can be checked.
+double rectangleError(const IMAGE_BUFFER& buffer, float feather)
+{
+    const double from = 1 + double(feather); // the square's left and bottom edges in the buffer
+    const auto across = blurredSpan(buffer.nWidth, from, from + kSide, feather);
+    const auto up = blurredSpan(buffer.nHeight, from, from + kSide, feather);
+    double worst = 0;
+    for (int r = 0; r < buffer.nHeight; ++r) {
+        const double py = up[std::size_t(buffer.nHeight - 1 - r)]; // memory rows run top first
+        const unsigned char* row = buffer.pData + std::size_t(r) * std::size_t(buffer.nWidth) * 4;
+        for (int x = 0; x < buffer.nWidth; ++x)
+            worst = std::max(worst, std::fabs(row[4 * x + 3] - 255 * py * across[std::size_t(x)]));
+    }
+    return worst;
+}
+
+void maskBenchmark(benchmark::State& state, int shape, float feather)
+{
+    IMAGE_BUFFER buffer {};
+    kit::Point origin;
+    buildMask(shape, feather, buffer, origin); // warms the recycler the way a second selection finds it
+    Result& result = g_results[key(shape, feather)];
+    result.width = buffer.nWidth;
+    result.height = buffer.nHeight;
+    result.memcpyMs = medianMemcpy(std::size_t(buffer.nWidth) * std::size_t(buffer.nHeight) * 4);
+    if (shape == Rectangle && feather > 1)
+        result.maxError = rectangleError(buffer, feather);
+    DestroyImageBuffer(buffer);
+    std::vector<double> times;
+    for (auto _ : state) {
+        const auto start = std::chrono::steady_clock::now();
+        buildMask(shape, feather, buffer, origin);
+        benchmark::DoNotOptimize(buffer.pData);
+        times.push_back(milliseconds(start));
+        DestroyImageBuffer(buffer);
+    }
+    result.maskMs = median(times);
+    state.counters["x_memcpy"] = result.maskMs / result.memcpyMs;
+}
+
+// What a user would write without the kit: cairo fills the shape into a cleared ARGB32 surface
+// (premultiplied white has the same bytes in either order), OpenCV blurs it.
+void alternative(int shape, float feather, int width, int height, std::vector<unsigned char>& pixels)
+{
+    pixels.assign(std::size_t(width) * std::size_t(height) * 4, 0);
+    cairo_surface_t* surface = cairo_image_surface_create_for_data(pixels.data(), CAIRO_FORMAT_ARGB32, width, height, width * 4);
+    cairo_t* cr = cairo_create(surface);
+    cairo_set_source_rgba(cr, 1, 1, 1, 1);
+    const double inset = 1 + double(feather);
+    // cairo's y goes down: flip so the shape lands where the rasteriser puts it.
+    cairo_translate(cr, 0, height);
+    cairo_scale(cr, 1, -1);
+    switch (shape) {
+    case Rectangle:
+        cairo_rectangle(cr, inset, inset, kSide, kSide);
+        break;
+    case Ellipse:
+        cairo_save(cr);
+        cairo_translate(cr, inset + kSide / 2, inset + kSide / 2);
+        cairo_scale(cr, kSide / 2, kSide / 2);
+        cairo_arc(cr, 0, 0, 1, 0, 2 * std::numbers::pi);
+        cairo_restore(cr);
+        break;
+    case Star: {
+        const auto star = starVertices();
+        cairo_move_to(cr, star[0].x + inset, star[0].y + inset);
+        for (const auto& p : star)
+            cairo_line_to(cr, p.x + inset, p.y + inset);
+        cairo_close_path(cr);
+        break;
+    }
+    }
+    cairo_fill(cr);
+    cairo_destroy(cr);
+    cairo_surface_flush(surface);
+    cairo_surface_destroy(surface);
+#ifdef QM_HAVE_OPENCV
+    if (feather > 0.0001f) {
+        cv::Mat mat(height, width, CV_8UC4, pixels.data());
+        cv::GaussianBlur(mat, mat, cv::Size(0, 0), feather, feather, cv::BORDER_CONSTANT);
+    }
+#endif
+}
+
+void alternativeBenchmark(benchmark::State& state, int shape, float feather)
+{
+    Result& result = g_results[key(shape, feather)];
+    if (!result.width) {
+        state.SkipWithError("run the mask benchmark first");
+        return;
+    }
+    std::vector<unsigned char> pixels;
+    std::vector<double> times;
+    for (auto _ : state) {
+        const auto start = std::chrono::steady_clock::now();
+        alternative(shape, feather, result.width, result.height, pixels);
+        benchmark::DoNotOptimize(pixels.data());
+        times.push_back(milliseconds(start));
+    }
+    result.alternativeMs = median(times);
+    state.counters["x_memcpy"] = result.alternativeMs / result.memcpyMs;
+}
+
+void registerAll()
+{
+    const std::vector<std::pair<int, float>> cases = { { Rectangle, 0 }, { Rectangle, 2.5f }, { Rectangle, 10 },
+                                                       { Rectangle, 100 }, { Ellipse, 0 }, { Ellipse, 10 },
+                                                       { Star, 0 }, { Star, 10 } };
+    for (auto [shape, feather] : cases) {
+        benchmark::RegisterBenchmark(("mask/" + key(shape, feather)).c_str(),
+                                     [shape = shape, feather = feather](benchmark::State& s) { maskBenchmark(s, shape, feather); })
+            ->Unit(benchmark::kMillisecond)
+            ->Iterations(21);
+    }
+    for (auto [shape, feather] : cases) {
+        // OpenCV's blur grows with the radius: a few runs are plenty at the large ones.
+        const int runs = feather >= 100 ? 3 : feather >= 10 ? 5 : 11;
+        benchmark::RegisterBenchmark(("cairo+opencv/" + key(shape, feather)).c_str(),
+                                     [shape = shape, feather = feather](benchmark::State& s) { alternativeBenchmark(s, shape, feather); })
+            ->Unit(benchmark::kMillisecond)
+            ->Iterations(runs);
+    }
+}
+
+void printSummary()
+{
+    std::printf("\n%-26s %11s %10s %10s %9s %12s %12s %10s\n", "shape", "buffer", "memcpy ms", "mask ms", "mask/cpy",
+                "alt ms", "alt/mask", "max err");
+    for (const auto& [name, r] : g_results) {
+        std::printf("%-26s %5dx%-5d %10.2f %10.2f %9.2f %12.1f %12.1f %10s\n", name.c_str(), r.width, r.height,
+                    r.memcpyMs, r.maskMs, r.maskMs / r.memcpyMs, r.alternativeMs,
+                    r.maskMs > 0 ? r.alternativeMs / r.maskMs : 0.0,
+                    r.maxError < 0 ? "-" : std::to_string(r.maxError).substr(0, 5).c_str());
+    }
+#ifndef QM_HAVE_OPENCV
+    std::printf("(OpenCV not installed: the alternative is cairo's fill alone)\n");
+#endif
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    registerAll();
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    printSummary();
+    return 0;
+}

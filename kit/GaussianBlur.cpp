@@ -1,0 +1,118 @@
+// GaussianBlur: Deriche's fourth-order recursive Gaussian, set up for a sigma and run in two passes.
+#include "kit/GaussianBlur.h"
+
+#include "kit/GaussianBlurKernels.h"
+#include "kit/MemoryRecycler.h"
+
+#include <complex>
+#include <cstdint>
+#include <limits>
+
+namespace kit {
+
+namespace {
+
+// exp(-t^2 / 2) for t >= 0 as the sum of two damped cosine-sine pairs
+// Re(alpha_k e^(-lambda_k t)); Deriche's fourth-order fit.
+constexpr double kAlpha[2][2] = { { 1.6797292232361107, -3.7348298269103580 },
+                                  { -0.6802783501806897, 0.2598300478959625 } };
+constexpr double kLambda[2][2] = { { 1.7831906544515104, -0.6318113174569493 },
+                                   { 1.7228297663338028, -1.9969276832487770 } };
+
+GaussianBlur::Coefficients coefficientsFor(double sigma)
+{
+    using Complex = std::complex<double>;
+    double n0[2], n1[2], m1[2], m2[2], d1[2], d2[2];
+    double sum = 0;
+    for (int k = 0; k < 2; ++k) {
+        const Complex alpha(kAlpha[k][0], kAlpha[k][1]);
+        const Complex pole = std::exp(-Complex(kLambda[k][0], kLambda[k][1]) / sigma);
+        // Each section is one conjugate pair: sum over n >= 0 of Re(alpha pole^n) z^-n forward,
+        // and over n >= 1 backward, so the centre tap is counted once.
+        n0[k] = alpha.real();
+        n1[k] = -(alpha * std::conj(pole)).real();
+        m1[k] = (alpha * pole).real();
+        m2[k] = -std::norm(pole) * alpha.real();
+        d1[k] = -2 * pole.real();
+        d2[k] = std::norm(pole);
+        sum += (n0[k] + n1[k] + m1[k] + m2[k]) / (1 + d1[k] + d2[k]);
+    }
+    GaussianBlur::Coefficients c;
+    for (int k = 0; k < 2; ++k) {
+        c.n0[k] = float(n0[k] / sum);
+        c.n1[k] = float(n1[k] / sum);
+        c.m1[k] = float(m1[k] / sum);
+        c.m2[k] = float(m2[k] / sum);
+        c.d1[k] = float(d1[k]);
+        c.d2[k] = float(d2[k]);
+    }
+    return c;
+}
+
+GaussianBlur::Coefficients scaled(GaussianBlur::Coefficients c, float factor)
+{
+    for (int k = 0; k < 2; ++k) {
+        c.n0[k] *= factor;
+        c.n1[k] *= factor;
+        c.m1[k] *= factor;
+        c.m2[k] *= factor;
+    }
+    return c;
+}
+
+std::size_t roundUp(std::size_t value, std::size_t step) { return (value + step - 1) / step * step; }
+
+// A recycled block that goes back when the pass is over.
+class Scratch {
+public:
+    explicit Scratch(std::size_t bytes) : m_memory(MemoryRecycler::shared().allocate(bytes)) {}
+    ~Scratch() { MemoryRecycler::shared().release(m_memory); }
+    Scratch(const Scratch&) = delete;
+    Scratch& operator=(const Scratch&) = delete;
+    template <typename T> T* as() const { return static_cast<T*>(m_memory); }
+    explicit operator bool() const { return m_memory != nullptr; }
+
+private:
+    void* m_memory;
+};
+
+} // namespace
+
+GaussianBlur::GaussianBlur(double sigma) : m_sigma(sigma)
+{
+    if (!isIdentity())
+        m_coefficients = coefficientsFor(sigma);
+}
+
+bool GaussianBlur::blurChannel(const BlurSource& source, int width, int height, const RowSink& sink,
+                               BlurSourceFacts* facts) const
+{
+    if (width <= 0 || height <= 0)
+        return false;
+    const std::size_t lanes = blurkernels::lanes();
+    const std::size_t paddedWidth = roundUp(std::size_t(width), lanes);
+    const std::size_t paddedHeight = roundUp(std::size_t(height), lanes);
+    const std::size_t longest = std::max(paddedWidth, paddedHeight);
+    if (paddedWidth > std::numeric_limits<std::size_t>::max() / 2 / paddedHeight)
+        return false;
+    Scratch strips(paddedWidth * paddedHeight * sizeof(std::uint16_t));
+    Scratch steps(2 * longest * lanes * sizeof(float));
+    Scratch plane(paddedWidth * std::size_t(height));
+    if (!strips || !steps || !plane)
+        return false;
+
+    std::uint32_t mismatch[2] = { 0, 0 };
+    blurkernels::blurHorizontally(m_coefficients, source, paddedWidth, paddedHeight, strips.as<std::uint16_t>(),
+                                  steps.as<float>(), mismatch);
+    if (facts) {
+        facts->othersEqualChannel = mismatch[0] == 0;
+        facts->othersZero = mismatch[1] == 0;
+    }
+    blurkernels::blurVertically(scaled(m_coefficients, 1.0f / 256), strips.as<std::uint16_t>(), paddedWidth,
+                                paddedHeight, std::size_t(height), steps.as<float>(), plane.as<std::uint8_t>(),
+                                paddedWidth);
+    sink(0, height, plane.as<std::uint8_t>(), std::ptrdiff_t(paddedWidth));
+    return true;
+}
+
+} // namespace kit

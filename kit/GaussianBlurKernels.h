@@ -1,0 +1,31 @@
+// GaussianBlurKernels: the vectorised passes behind GaussianBlur, one build per SIMD target.
+#pragma once
+
+#include "kit/GaussianBlur.h"
+
+#include <cstddef>
+#include <cstdint>
+
+namespace kit::blurkernels {
+
+/// Lines one pass carries side by side (1 x 2, 4 x 2 or 8 x 2 for the running processor): the
+/// blurred area is padded to a multiple of it both ways.
+std::size_t lanes();
+
+/// The horizontal pass: blurs every row of the source channel across `paddedWidth` columns and
+/// writes the result as 16-bit values (256 per 8-bit step) in strips of lanes() columns, strip
+/// after strip, each strip `paddedHeight` rows of lanes() values. `scratch` holds
+/// 2 x max(paddedWidth, paddedHeight) x lanes() floats. `mismatch[0]` gathers the bits in which
+/// a pixel differs from its channel repeated four times, `mismatch[1]` those in which it differs
+/// from the channel alone.
+void blurHorizontally(const GaussianBlur::Coefficients& c, const BlurSource& source, std::size_t paddedWidth,
+                      std::size_t paddedHeight, std::uint16_t* strips, float* scratch, std::uint32_t mismatch[2]);
+
+/// The vertical pass over blurHorizontally's strips: writes rows 0 .. height-1 as 8-bit values,
+/// `planeStride` (at least paddedWidth) bytes apart, into `plane`. `c` must already include the
+/// 1/256 of the 16-bit values.
+void blurVertically(const GaussianBlur::Coefficients& c, const std::uint16_t* strips, std::size_t paddedWidth,
+                    std::size_t paddedHeight, std::size_t height, float* scratch, std::uint8_t* plane,
+                    std::size_t planeStride);
+
+} // namespace kit::blurkernels

@@ -1,0 +1,233 @@
+// Filter images: the Gaussian blur against an exact double-precision reference, and drawing.
+#include "kit/CIContext.h"
+#include "kit/CIFilter.h"
+#include "kit/CIImage.h"
+#include "kit/MemoryRecycler.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+#include <vector>
+
+namespace {
+
+// The exact blur of one channel: weights exp(-n^2 / 2 sigma^2) normalised over all integers,
+// zero outside the image, the result cut to the image. Plain separable sums in double.
+std::vector<double> exactBlur(const std::vector<double>& in, int w, int h, double sigma)
+{
+    const int reach = int(std::ceil(12 * sigma)) + 2;
+    std::vector<double> weights(std::size_t(2 * reach + 1));
+    double sum = 0;
+    for (int n = -reach; n <= reach; ++n)
+        sum += weights[std::size_t(n + reach)] = std::exp(-double(n) * n / (2 * sigma * sigma));
+    for (double& wgt : weights)
+        wgt /= sum;
+    std::vector<double> across(in.size(), 0), out(in.size(), 0);
+    for (int y = 0; y < h; ++y)
+        for (int x = 0; x < w; ++x)
+            for (int n = std::max(-reach, -x); n <= std::min(reach, w - 1 - x); ++n)
+                across[std::size_t(y * w + x)] += weights[std::size_t(n + reach)] * in[std::size_t(y * w + x + n)];
+    for (int y = 0; y < h; ++y)
+        for (int x = 0; x < w; ++x)
+            for (int n = std::max(-reach, -y); n <= std::min(reach, h - 1 - y); ++n)
+                out[std::size_t(y * w + x)] += weights[std::size_t(n + reach)] * across[std::size_t((y + n) * w + x)];
+    return out;
+}
+
+enum class Paint {
+    White, // grey premultiplied: every byte equals alpha
+    Black, // colour bytes zero
+    Colours,
+};
+
+// A premultiplied image with a solid block, a thin line and scattered pixels: edges, an
+// impulse-like line and noise all meet the blur.
+std::vector<std::uint8_t> testImage(int w, int h, Paint paint, unsigned seed)
+{
+    std::mt19937 random(seed);
+    std::vector<std::uint8_t> rgba(std::size_t(w * h * 4), 0);
+    for (int y = 0; y < h; ++y)
+        for (int x = 0; x < w; ++x) {
+            int a = 0;
+            if (x >= w / 4 && x < w * 3 / 4 && y >= h / 3 && y < h - 2)
+                a = 255;
+            else if (x == 2)
+                a = 200;
+            else if (random() % 5 == 0)
+                a = int(random() % 256);
+            std::uint8_t* p = &rgba[std::size_t((y * w + x) * 4)];
+            p[3] = std::uint8_t(a);
+            for (int c = 0; c < 3; ++c) {
+                switch (paint) {
+                case Paint::White: p[c] = std::uint8_t(a); break;
+                case Paint::Black: p[c] = 0; break;
+                case Paint::Colours: p[c] = std::uint8_t(a == 0 ? 0 : random() % (a + 1)); break;
+                }
+            }
+        }
+    return rgba;
+}
+
+// Blurs through the filter framework exactly as a client does, into a cleared bitmap context.
+std::vector<std::uint8_t> blurThroughContext(const std::vector<std::uint8_t>& rgba, int w, int h, double sigma)
+{
+    auto space = kit::ColorSpace::createDeviceRGB();
+    auto data = kit::Data::dataWithBytes(rgba.data(), rgba.size());
+    auto image = kit::CIImage::imageWithBitmapData(data, std::size_t(w) * 4, { float(w), float(h) }, kit::CIFormatRGBA8,
+                                                   space.get());
+    auto filter = kit::CIFilter::filterWithName("CIGaussianBlur");
+    filter->setValueForKey(image, "inputImage");
+    filter->setValueForKey(sigma, "inputRadius");
+    std::vector<std::uint8_t> out(rgba.size(), 0);
+    auto context = kit::BitmapContext::create(out.data(), w, h, 8, std::size_t(w) * 4, space.get(),
+                                              kit::ImageAlphaPremultipliedLast);
+    auto ciContext = kit::CIContext::contextWithCGContextOptions(context.get(), nullptr);
+    const kit::Rect whole(0, 0, float(w), float(h));
+    EXPECT_TRUE(ciContext->drawImageInRectFromRect(filter->outputImage().get(), whole, whole));
+    return out;
+}
+
+double worstError(const std::vector<std::uint8_t>& in, const std::vector<std::uint8_t>& got, int w, int h, double sigma)
+{
+    double worst = 0;
+    for (int c = 0; c < 4; ++c) {
+        std::vector<double> channel(std::size_t(w * h));
+        for (std::size_t i = 0; i < channel.size(); ++i)
+            channel[i] = in[4 * i + std::size_t(c)];
+        const auto exact = sigma < 0.0001 ? channel : exactBlur(channel, w, h, sigma);
+        for (std::size_t i = 0; i < channel.size(); ++i)
+            worst = std::max(worst, std::fabs(got[4 * i + std::size_t(c)] - exact[i]));
+    }
+    return worst;
+}
+
+class GaussianBlurAccuracy : public ::testing::TestWithParam<double> {};
+
+TEST_P(GaussianBlurAccuracy, EveryChannelIsWithinOneStepOfTheExactGaussian)
+{
+    const double sigma = GetParam();
+    // Sizes that are not multiples of the vector width, and one side longer than the other.
+    const int w = 37, h = 23;
+    for (Paint paint : { Paint::White, Paint::Black, Paint::Colours }) {
+        const auto in = testImage(w, h, paint, unsigned(sigma * 1000) + int(paint));
+        const auto got = blurThroughContext(in, w, h, sigma);
+        EXPECT_LE(worstError(in, got, w, h, sigma), 1.0) << "sigma " << sigma << " paint " << int(paint);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(RadiiFromTinyToHundred, GaussianBlurAccuracy,
+                         ::testing::Values(0.00005, 0.0001, 0.01, 0.15, 0.16, 0.2, 0.35, 0.5, 0.75, 1.0, 1.6, 2.5, 4.0,
+                                           7.0, 12.0, 25.0, 50.0, 100.0));
+
+TEST(GaussianBlur, ALongStraightEdgeKeepsHalfAlphaOnItsOldBoundary)
+{
+    // Opaque columns 16 .. 63; the edge at x = 64 lies far from the other one and from the sides.
+    const int w = 128, h = 9;
+    std::vector<std::uint8_t> in(std::size_t(w * h * 4), 0);
+    for (int y = 0; y < h; ++y)
+        for (int x = 16; x < 64; ++x)
+            for (int c = 0; c < 4; ++c)
+                in[std::size_t((y * w + x) * 4 + c)] = 255;
+    const auto out = blurThroughContext(in, w, h, 3.0);
+    // The rows are cut at the image's top and bottom alike, so compare within the middle row.
+    const int row = h / 2;
+    auto alpha = [&](int x) { return double(out[std::size_t((row * w + x) * 4 + 3)]); };
+    EXPECT_NEAR((alpha(63) + alpha(64)) / 2, alpha(40) / 2, 1.0);
+    EXPECT_GT(alpha(63), alpha(64));
+}
+
+TEST(CIContext, DrawsTheSourceRectangleIntoTheDestinationRectangleWithYUp)
+{
+    // A 2 x 2 image, memory top row first: top (red, green), bottom (blue, white).
+    const std::vector<std::uint8_t> rgba = { 255, 0, 0, 255, 0, 255, 0, 255, 0, 0, 255, 255, 255, 255, 255, 255 };
+    auto space = kit::ColorSpace::createDeviceRGB();
+    auto image = kit::CIImage::imageWithBitmapData(kit::Data::dataWithBytes(rgba.data(), rgba.size()), 8, { 2, 2 },
+                                                   kit::CIFormatRGBA8, space.get());
+    std::vector<std::uint8_t> out(4 * 4 * 4, 0);
+    auto context = kit::BitmapContext::create(out.data(), 4, 4, 8, 16, space.get(), kit::ImageAlphaPremultipliedLast);
+    auto ciContext = kit::CIContext::contextWithCGContextOptions(context.get(), nullptr);
+    // The image's top row (y 1..2) into the bitmap's bottom-left corner, and a source rectangle
+    // hanging over the image's right edge, which reads transparent black there.
+    ASSERT_TRUE(ciContext->drawImageInRectFromRect(image.get(), kit::Rect(0, 0, 2, 1), kit::Rect(0, 1, 2, 1)));
+    ASSERT_TRUE(ciContext->drawImageInRectFromRect(image.get(), kit::Rect(2, 3, 2, 1), kit::Rect(1, 0, 2, 1)));
+    auto pixel = [&](int column, int row) { return std::vector<std::uint8_t>(&out[std::size_t((row * 4 + column) * 4)], &out[std::size_t((row * 4 + column) * 4 + 4)]); };
+    EXPECT_EQ(pixel(0, 3), (std::vector<std::uint8_t> { 255, 0, 0, 255 }));
+    EXPECT_EQ(pixel(1, 3), (std::vector<std::uint8_t> { 0, 255, 0, 255 }));
+    EXPECT_EQ(pixel(2, 0), (std::vector<std::uint8_t> { 255, 255, 255, 255 }));
+    EXPECT_EQ(pixel(3, 0), (std::vector<std::uint8_t> { 0, 0, 0, 0 }));
+    EXPECT_EQ(pixel(0, 0), (std::vector<std::uint8_t> { 0, 0, 0, 0 }));
+}
+
+TEST(CIImage, ARGBDataIsReadAsAlphaFirst)
+{
+    const std::vector<std::uint8_t> argb = { 200, 10, 20, 30 };
+    auto space = kit::ColorSpace::createDeviceRGB();
+    auto image = kit::CIImage::imageWithBitmapData(kit::Data::dataWithBytes(argb.data(), 4), 4, { 1, 1 },
+                                                   kit::CIFormatARGB8, space.get());
+    ASSERT_TRUE(image);
+    std::vector<std::uint8_t> out(4, 0);
+    ASSERT_TRUE(image->drawArea(0, 0, 1, 1, out.data(), 4));
+    EXPECT_EQ(out, (std::vector<std::uint8_t> { 10, 20, 30, 200 }));
+}
+
+TEST(CIImage, RefusesDataThatDoesNotHoldTheImage)
+{
+    std::vector<std::uint8_t> bytes(4 * 4 * 3);
+    auto space = kit::ColorSpace::createDeviceRGB();
+    auto data = kit::Data::dataWithBytes(bytes.data(), bytes.size());
+    EXPECT_TRUE(kit::CIImage::imageWithBitmapData(data, 16, { 4, 3 }, kit::CIFormatRGBA8, space.get()));
+    EXPECT_FALSE(kit::CIImage::imageWithBitmapData(data, 16, { 4, 4 }, kit::CIFormatRGBA8, space.get()));
+    EXPECT_FALSE(kit::CIImage::imageWithBitmapData(data, 12, { 4, 3 }, kit::CIFormatRGBA8, space.get()));
+    EXPECT_FALSE(kit::CIImage::imageWithBitmapData(data, 16, { 4.5f, 3 }, kit::CIFormatRGBA8, space.get()));
+    EXPECT_FALSE(kit::CIImage::imageWithBitmapData(data, 16, { NAN, 3 }, kit::CIFormatRGBA8, space.get()));
+    EXPECT_FALSE(kit::CIImage::imageWithBitmapData(nullptr, 16, { 4, 3 }, kit::CIFormatRGBA8, space.get()));
+}
+
+TEST(CIFilter, GaussianBlurHasItsKeysAndDefaultsAndAnOutputOnlyWithAnInput)
+{
+    EXPECT_FALSE(kit::CIFilter::filterWithName("CINoSuchFilter"));
+    auto filter = kit::CIFilter::filterWithName("CIGaussianBlur");
+    ASSERT_TRUE(filter);
+    EXPECT_EQ(filter->numberForKey("inputRadius"), 10.0);
+    EXPECT_TRUE(std::isnan(filter->numberForKey("inputAngle")));
+    EXPECT_FALSE(filter->imageForKey("outputImage"));
+
+    const std::vector<std::uint8_t> rgba(4 * 4 * 4, 255);
+    auto space = kit::ColorSpace::createDeviceRGB();
+    auto image = kit::CIImage::imageWithBitmapData(kit::Data::dataWithBytes(rgba.data(), rgba.size()), 16, { 4, 4 },
+                                                   kit::CIFormatRGBA8, space.get());
+    filter->setValueForKey(image, "inputImage");
+    filter->setValueForKey(2.0, "inputRadius");
+    auto output = filter->imageForKey("outputImage");
+    ASSERT_TRUE(output);
+    EXPECT_EQ(output->extent(), kit::Rect(-6, -6, 16, 16)); // grown by ceil(3 sigma)
+    // Below 0.16 the blur only widens the extent; radii that mean nothing give the input itself.
+    filter->setValueForKey(0.1, "inputRadius");
+    EXPECT_EQ(filter->outputImage()->extent(), kit::Rect(-1, -1, 6, 6));
+    for (double radius : { 0.0, -3.0, double(NAN) }) {
+        filter->setValueForKey(radius, "inputRadius");
+        EXPECT_EQ(filter->outputImage().get(), image.get()) << radius;
+    }
+    filter->setDefaults();
+    EXPECT_FALSE(filter->outputImage());
+}
+
+TEST(MemoryRecycler, HandsALargeGivenBackBlockToTheNextRequestOfAboutItsSize)
+{
+    auto& recycler = kit::MemoryRecycler::shared();
+    recycler.trim();
+    void* block = recycler.allocate(5 << 20);
+    ASSERT_TRUE(block);
+    recycler.release(block);
+    EXPECT_GE(recycler.keptBytes(), std::size_t(5) << 20);
+    EXPECT_EQ(recycler.allocate(9 << 19), block); // 4.5 MB: fits without wasting a quarter
+    recycler.release(block);
+    void* other = recycler.allocate(1 << 20); // far smaller: a fresh block
+    EXPECT_NE(other, block);
+    recycler.release(other);
+    recycler.trim();
+    EXPECT_EQ(recycler.keptBytes(), 0u);
+}
+
+} // namespace
