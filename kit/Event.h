@@ -24,13 +24,28 @@ enum class EventType {
     CursorUpdate,
 };
 
-/// Key codes of the keys that sessions name, with the original platform's values.
+/// Key codes of the keys that sessions and text editing name, with the original platform's values.
 enum KeyCode : unsigned short {
     KeyCodeReturn = 36,
     KeyCodeTab = 48,
     KeyCodeDelete = 51,
     KeyCodeEscape = 53,
+    KeyCodeHome = 115,
+    KeyCodeForwardDelete = 117,
+    KeyCodeEnd = 119,
+    KeyCodeLeftArrow = 123,
+    KeyCodeRightArrow = 124,
+    KeyCodeDownArrow = 125,
+    KeyCodeUpArrow = 126,
     KeyCodeNone = 0xFFFF,
+};
+
+/// Modifier-key bits of an event's flags, with the original platform's values.
+enum ModifierFlags : unsigned {
+    ShiftKeyMask = 1u << 17,
+    ControlKeyMask = 1u << 18,
+    AlternateKeyMask = 1u << 19,
+    CommandKeyMask = 1u << 20,
 };
 
 class Event final {

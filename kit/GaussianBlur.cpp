@@ -4,9 +4,13 @@
 #include "kit/GaussianBlurKernels.h"
 #include "kit/MemoryRecycler.h"
 
+#include <algorithm>
+#include <cmath>
 #include <complex>
 #include <cstdint>
 #include <limits>
+#include <numbers>
+#include <vector>
 
 namespace kit {
 
@@ -60,6 +64,45 @@ GaussianBlur::Coefficients scaled(GaussianBlur::Coefficients c, float factor)
     return c;
 }
 
+// The sum of exp(-n^2 / 2 sigma^2) over all integers n. From sigma 4 on it equals
+// sigma sqrt(2 pi) to double precision (the next term of its Poisson sum is below 1e-130).
+double kernelSum(double sigma, int reach)
+{
+    if (sigma >= 4)
+        return sigma * std::sqrt(2 * std::numbers::pi);
+    double sum = 0;
+    for (int n = -reach; n <= reach; ++n)
+        sum += std::exp(-double(n) * n / (2 * sigma * sigma));
+    return sum;
+}
+
+// Which pixels of a line the span [a, b) (already within the line) covers: whole pixels
+// first .. end-1, and at most one partly covered pixel on either side.
+struct SpanPixels {
+    long long first = 0, end = 0;
+    long long left = -1, right = -1;
+    double leftCover = 0, rightCover = 0;
+
+    SpanPixels(double a, double b)
+    {
+        first = (long long)std::ceil(a);
+        end = std::max(first, (long long)std::floor(b));
+        const double leftPixel = std::floor(a), rightPixel = std::floor(b);
+        if (a > leftPixel) {
+            left = (long long)leftPixel;
+            leftCover = std::min(b, leftPixel + 1) - a;
+        }
+        if (b > rightPixel && (long long)rightPixel >= first) {
+            right = (long long)rightPixel;
+            rightCover = b - rightPixel;
+        }
+    }
+    double coverage(long long p) const
+    {
+        return p == left ? leftCover : p == right ? rightCover : p >= first && p < end ? 1.0 : 0.0;
+    }
+};
+
 std::size_t roundUp(std::size_t value, std::size_t step) { return (value + step - 1) / step * step; }
 
 // A recycled block that goes back when the pass is over.
@@ -82,6 +125,45 @@ GaussianBlur::GaussianBlur(double sigma) : m_sigma(sigma)
 {
     if (!isIdentity())
         m_coefficients = coefficientsFor(sigma);
+}
+
+void GaussianBlur::blurSpan(double from, double to, int length, float* out) const
+{
+    if (length <= 0)
+        return;
+    const double a = std::clamp(from, 0.0, double(length)), b = std::clamp(to, 0.0, double(length));
+    std::fill(out, out + length, 0.0f);
+    if (!(b > a))
+        return;
+    const SpanPixels span(a, b);
+    if (isIdentity()) {
+        for (long long p = std::max(0LL, span.left == -1 ? span.first : span.left); p < length; ++p) {
+            out[p] = float(span.coverage(p));
+            if (p >= span.end && p > span.right)
+                break;
+        }
+        return;
+    }
+    // Weights beyond 12 sigma are below 1e-31 of the centre; none beyond the line matters.
+    const double fullReach = std::ceil(12 * m_sigma) + 2;
+    const int reach = int(std::min(fullReach, double(length)));
+    const double sum = kernelSum(m_sigma, int(std::min(fullReach, 1e6)));
+    std::vector<double> weight(std::size_t(2 * reach + 1)), below(std::size_t(2 * reach + 2), 0.0);
+    for (int n = -reach; n <= reach; ++n) {
+        weight[std::size_t(n + reach)] = std::exp(-double(n) * n / (2 * m_sigma * m_sigma)) / sum;
+        below[std::size_t(n + reach + 1)] = below[std::size_t(n + reach)] + weight[std::size_t(n + reach)];
+    }
+    // The weights from n = -reach up to k: a whole run of covered pixels costs two look-ups.
+    auto upTo = [&](long long k) { return below[std::size_t(std::clamp(k, -1LL - reach, (long long)reach) + reach + 1)]; };
+    auto at = [&](long long n) { return n < -reach || n > reach ? 0.0 : weight[std::size_t(n + reach)]; };
+    for (long long i = 0; i < length; ++i) {
+        double value = span.end > span.first ? upTo(span.end - 1 - i) - upTo(span.first - 1 - i) : 0.0;
+        if (span.left >= 0)
+            value += span.leftCover * at(span.left - i);
+        if (span.right >= 0)
+            value += span.rightCover * at(span.right - i);
+        out[i] = float(value);
+    }
 }
 
 bool GaussianBlur::blurChannel(const BlurSource& source, int width, int height, const RowSink& sink,

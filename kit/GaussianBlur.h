@@ -52,6 +52,13 @@ public:
     bool blurChannel(const BlurSource& source, int width, int height, const RowSink& sink,
                      BlurSourceFacts* facts = nullptr) const;
 
+    /// The blur of one line of coverage, exactly (in double precision, rounded to float): pixel
+    /// p of 0 .. length-1 holds the length of [from, to) within [p, p + 1), zero outside the
+    /// line, and out[i] gets the sum over p of the weight at i - p times that coverage. An
+    /// identity blur gives the coverage itself. A box's coverage is the product of two such
+    /// lines, and so is its blur.
+    void blurSpan(double from, double to, int length, float* out) const;
+
     /// Sigmas below this blur nothing within 8 bits.
     static constexpr double kIdentityBelow = 0.16;
 

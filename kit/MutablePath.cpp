@@ -127,4 +127,43 @@ Rect MutablePath::boundingBox() const
     return any ? Rect(minX, minY, maxX - minX, maxY - minY) : Rect();
 }
 
+bool MutablePath::isAxisAlignedRectangle(Point& low, Point& high) const
+{
+    if (m_subpaths.size() != 1)
+        return false;
+    // The corners in order, without the repeats a click twice on one spot or an explicit
+    // return to the start leaves.
+    const std::vector<Point>& points = m_subpaths.front().points;
+    Point corners[5];
+    std::size_t count = 0;
+    for (Point p : points) {
+        if (count > 0 && p == corners[count - 1])
+            continue;
+        if (count == 5)
+            return false;
+        corners[count++] = p;
+    }
+    if (count == 5 && corners[4] == corners[0])
+        count = 4;
+    if (count != 4)
+        return false;
+    low = high = corners[0];
+    for (Point p : corners) {
+        low = { std::min(low.x, p.x), std::min(low.y, p.y) };
+        high = { std::max(high.x, p.x), std::max(high.y, p.y) };
+    }
+    if (!(low.x < high.x) || !(low.y < high.y))
+        return false;
+    // Four distinct corners, each sharing one coordinate with the next: they go round the
+    // rectangle, not across it or back along a side.
+    for (std::size_t i = 0; i < 4; ++i) {
+        const Point p = corners[i], next = corners[(i + 1) % 4];
+        if ((p.x != low.x && p.x != high.x) || (p.y != low.y && p.y != high.y))
+            return false;
+        if ((p.x == next.x) == (p.y == next.y) || p == corners[(i + 2) % 4])
+            return false;
+    }
+    return true;
+}
+
 } // namespace kit

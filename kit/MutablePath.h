@@ -40,6 +40,11 @@ public:
     const std::vector<Subpath>& subpaths() const { return m_subpaths; }
     /// The smallest rectangle holding every point; an empty rectangle for an empty path.
     Rect boundingBox() const;
+    /// True when the path is one subpath through the four corners of a rectangle with sides
+    /// along the axes and positive width and height, starting at any corner and going either
+    /// way (a point repeating the one before it, or the first, is allowed). `low` and `high` get
+    /// the smallest and the largest corner, exactly as the path holds them.
+    bool isAxisAlignedRectangle(Point& low, Point& high) const;
 
 private:
     MutablePath() = default;

@@ -13,6 +13,10 @@ public:
     /// The responder that gets what this one passes on, or null at the end of the chain.
     virtual Responder* nextResponder() const { return nullptr; }
     virtual bool acceptsFirstResponder() const { return false; }
+    /// Asked when the window makes this the first responder; false refuses.
+    virtual bool becomeFirstResponder() { return true; }
+    /// Asked when the window wants another first responder; false keeps this one.
+    virtual bool resignFirstResponder() { return true; }
 
     virtual void mouseDown(const Event& event);
     virtual void mouseDragged(const Event& event);

@@ -1,9 +1,12 @@
 // View: tree maintenance, autoresizing and coordinate conversion.
 #include "kit/View.h"
 
+#include "kit/GraphicsContext.h"
+#include "kit/Image.h"
 #include "kit/Window.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace kit {
 
@@ -164,6 +167,62 @@ void View::setWindow(Window* window)
     m_window = window;
     for (auto& subview : m_subviews)
         subview->setWindow(window);
+}
+
+void View::displayInContext(GraphicsContext& context)
+{
+    if (m_hidden)
+        return;
+    GraphicsContext::saveGraphicsState();
+    GraphicsContext::setCurrentContext(&context);
+    context.saveGState();
+    if (isFlipped() != context.isFlipped())
+        context.flipVertically(0, m_frame.size.height);
+    drawTree(context);
+    context.restoreGState();
+    GraphicsContext::restoreGraphicsState();
+}
+
+void View::displayInSuperview(GraphicsContext& context)
+{
+    if (m_hidden)
+        return;
+    context.saveGState();
+    context.translate(m_frame.origin.x, m_frame.origin.y);
+    const bool parentFlipped = m_superview && m_superview->isFlipped();
+    if (isFlipped() != parentFlipped)
+        context.flipVertically(0, m_frame.size.height);
+    drawTree(context);
+    context.restoreGState();
+}
+
+void View::drawTree(GraphicsContext& context)
+{
+    context.clipToRect(bounds());
+    const Rect dirty = intersection(bounds(), context.clipBoundingBox());
+    m_needsDisplay = false;
+    if (dirty.isEmpty())
+        return;
+    // A view that changes the tree while it draws must not pull views out from under the loop.
+    RefPtr<View> keep(this);
+    context.saveGState();
+    drawRect(dirty);
+    context.restoreGState();
+    const std::vector<RefPtr<View>> subviews = m_subviews;
+    for (const auto& subview : subviews)
+        subview->displayInSuperview(context);
+}
+
+RefPtr<Image> View::renderImage()
+{
+    const Size size = m_frame.size;
+    if (!(size.width >= 1 && size.width <= 32767 && size.height >= 1 && size.height <= 32767))
+        return nullptr;
+    RefPtr<GraphicsContext> context = GraphicsContext::create(int(std::ceil(size.width)), int(std::ceil(size.height)));
+    if (!context)
+        return nullptr;
+    displayInContext(*context);
+    return context->makeImage();
 }
 
 namespace {

@@ -101,7 +101,21 @@ public:
 
     void setNeedsDisplay(bool needed = true) { m_needsDisplay = needed; }
     bool needsDisplay() const { return m_needsDisplay; }
+    /// Draws the view's own content into the current graphics context, in the view's
+    /// coordinates, clipped to its bounds; `dirty` is the part that needs it.
     virtual void drawRect(const Rect&) {}
+    /// Draws the view and its visible subviews, back to front, each clipped to its frame, into
+    /// `context`, taking the context's user space as this view's bounds (flipped views are
+    /// turned to match). The context is the current one while the views draw. Hidden views
+    /// and their subviews are not drawn.
+    void displayInContext(GraphicsContext& context);
+    /// The view's tree drawn into a transparent image of its size, one pixel per point
+    /// (rounded up); null when the view is empty or too large for an image.
+    RefPtr<Image> renderImage();
+
+    /// Help text for the pointer resting over the view; kept as data, never drawn.
+    const std::string& toolTip() const { return m_toolTip; }
+    void setToolTip(std::string toolTip) { m_toolTip = std::move(toolTip); }
 
     void registerForDraggedTypes(std::vector<std::string> types) { m_draggedTypes = std::move(types); }
     void unregisterDraggedTypes() { m_draggedTypes.clear(); }
@@ -141,6 +155,10 @@ private:
     /// A point of this view's bounds in its superview's coordinates (the window's at the root).
     Point toSuperview(Point p) const;
     Point fromSuperview(Point p) const;
+    /// Draws this tree with the context's user space set to the superview's bounds.
+    void displayInSuperview(GraphicsContext& context);
+    /// Draws this tree with the context's user space already set to this view's bounds.
+    void drawTree(GraphicsContext& context);
 
     Rect m_frame;
     bool m_hidden = false;
@@ -154,6 +172,7 @@ private:
     std::vector<RefPtr<View>> m_subviews;
     std::vector<std::string> m_draggedTypes;
     std::vector<RefPtr<TrackingArea>> m_trackingAreas;
+    std::string m_toolTip;
 };
 
 } // namespace kit

@@ -2,8 +2,11 @@
 #include "kit/Window.h"
 
 #include "kit/Application.h"
+#include "kit/GraphicsContext.h"
+#include "kit/TextField.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace kit {
 
@@ -59,10 +62,75 @@ void Window::setContentView(View* view)
 
 Responder* Window::nextResponder() const { return &Application::shared(); }
 
+bool Window::makeFirstResponder(Responder* responder)
+{
+    if (responder == this)
+        responder = nullptr;
+    if (responder == m_firstResponder)
+        return true;
+    if (m_firstResponder) {
+        RefPtr<Responder> old(m_firstResponder);
+        if (!old->resignFirstResponder())
+            return false;
+    }
+    m_firstResponder = responder;
+    // A responder may hand the post on while it becomes it (a text field passes it to the
+    // field editor), so only a refusal undoes the change.
+    if (responder && !responder->becomeFirstResponder()) {
+        if (m_firstResponder == responder)
+            m_firstResponder = nullptr;
+        return false;
+    }
+    return true;
+}
+
+TextView* Window::fieldEditor(bool create, Object*)
+{
+    if (!m_fieldEditor && create) {
+        m_fieldEditor = TextView::create({});
+        m_fieldEditor->setFieldEditor(true);
+    }
+    return m_fieldEditor.get();
+}
+
+void Window::endEditingFor(Object* object)
+{
+    RefPtr<TextView> editor = m_fieldEditor;
+    if (!editor || !editor->client() || !object)
+        return;
+    if (object != editor.get() && object != static_cast<Object*>(editor->client()))
+        return;
+    if (m_firstResponder == editor.get())
+        makeFirstResponder(nullptr);
+    else
+        editor->resignFirstResponder();
+}
+
+RefPtr<Image> Window::renderImage()
+{
+    const Size size = contentRectForFrameRect(m_frame).size;
+    if (!(size.width >= 1 && size.width <= 32767 && size.height >= 1 && size.height <= 32767))
+        return nullptr;
+    RefPtr<GraphicsContext> context = GraphicsContext::create(int(std::ceil(size.width)), int(std::ceil(size.height)));
+    if (!context)
+        return nullptr;
+    context->setFillColor(m_backgroundColor);
+    context->fillRect({ 0, 0, float(context->pixelsWide()), float(context->pixelsHigh()) });
+    if (m_contentView) {
+        // The content view sits at the window's origin, whatever its frame says.
+        m_contentView->displayInContext(*context);
+    }
+    return context->makeImage();
+}
+
 void Window::viewWillLeave(View* view)
 {
     if (m_firstResponder == view)
         m_firstResponder = nullptr;
+    // Editing ends quietly with the field or the editor leaving: its delegate may be going away.
+    if (m_fieldEditor && m_fieldEditor->client()
+        && (view == m_fieldEditor.get() || view == static_cast<View*>(m_fieldEditor->client())))
+        m_fieldEditor->endEditing();
     if (m_mouseTarget.get() == view)
         m_mouseTarget.clear();
     if (m_dragTarget.get() == view)
@@ -79,8 +147,10 @@ void Window::sendEvent(Event event)
         m_mouseTarget = hit;
         if (!hit)
             return;
-        if (hit->acceptsFirstResponder())
-            makeFirstResponder(hit);
+        if (hit->acceptsFirstResponder() && !makeFirstResponder(hit)) {
+            m_mouseTarget.clear();
+            return;
+        }
         if (event.type() == EventType::LeftMouseDown)
             hit->mouseDown(event);
         else

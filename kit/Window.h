@@ -2,9 +2,12 @@
 // dispatcher of its events.
 #pragma once
 
+#include "kit/Color.h"
 #include "kit/DraggingInfo.h"
 #include "kit/Event.h"
 #include "kit/Geometry.h"
+#include "kit/Image.h"
+#include "kit/TextView.h"
 #include "kit/View.h"
 
 #include <string>
@@ -34,13 +37,33 @@ public:
 
     /// The responder that gets key events; the window itself when none was made.
     Responder* firstResponder() const { return m_firstResponder ? m_firstResponder : const_cast<Window*>(this); }
-    /// Makes `responder` (null: the window) the first responder.
-    void makeFirstResponder(Responder* responder) { m_firstResponder = responder; }
+    /// Makes `responder` (null or the window: the window itself) the first responder. The
+    /// current one is asked to resign and the new one to become it; when either refuses, the
+    /// answer is false. A field editor resigns by committing its text, so this is also how
+    /// editing ends when a person clicks elsewhere.
+    bool makeFirstResponder(Responder* responder);
+
+    /// The window's field editor: the one text view that edits whichever text field is being
+    /// edited. Made on the first request with `create`; `object` is the object asking.
+    TextView* fieldEditor(bool create, Object* object);
+    /// Ends the editing that `object` (the field editor or the text field it edits) is doing:
+    /// the editor resigns, which commits through the field and its delegate. A delegate that
+    /// refuses in `controlTextShouldEndEditing` keeps the editing going.
+    void endEditingFor(Object* object);
+
+    /// The colour behind the content view.
+    Color backgroundColor() const { return m_backgroundColor; }
+    void setBackgroundColor(const Color& color) { m_backgroundColor = color; }
+    /// The content area as a person sees it: the background and the content view's tree,
+    /// back to front, one pixel per point (rounded up). Tool tips are not drawn. Null when
+    /// the content area is empty or larger than an image may be.
+    RefPtr<Image> renderImage();
 
     /// Delivers an event: a press to the deepest visible view under it (which becomes first
-    /// responder if it accepts), drags and the release to the view that took the press, key
-    /// events to the first responder, and entered, exited and moved events from the tracking
-    /// areas of the visible views to their owners.
+    /// responder if it accepts; when the current one will not resign, the press is dropped),
+    /// drags and the release to the view that took the press, key events to the first
+    /// responder, and entered, exited and moved events from the tracking areas of the visible
+    /// views to their owners.
     void sendEvent(Event event);
 
     /// Drag destinations: the deepest visible view under the drag that registered the
@@ -70,6 +93,8 @@ private:
     Responder* m_firstResponder = nullptr;
     RefPtr<View> m_mouseTarget;
     RefPtr<View> m_dragTarget;
+    RefPtr<TextView> m_fieldEditor;
+    Color m_backgroundColor = Color::windowBackgroundColor();
 };
 
 } // namespace kit
