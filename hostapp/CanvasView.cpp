@@ -2,7 +2,10 @@
 #include "hostapp/CanvasView.h"
 
 #include "host/HostEngine.h"
+#include "kit/Color.h"
 #include "kit/Cursor.h"
+#include "kit/Font.h"
+#include "kit/GraphicsContext.h"
 #include "kit/Event.h"
 #include "kit/Image.h"
 #include "kit/NotificationCenter.h"
@@ -179,6 +182,120 @@ bool CanvasView::performDragOperation(const kit::DraggingInfo& info)
                                    image->pixelsWide(), image->pixelsHigh(), 0, 0);
     IPD_StartRefreshingActiveLayer(m_document->context()); // one undo step
     return true;
+}
+
+} // namespace hostapp
+
+namespace hostapp {
+
+namespace {
+
+// How the canvas shows: white paper, the selection tinted with this colour and strength, and
+// its edge in dashes four pixels long.
+constexpr std::uint8_t kTint[3] = { 40, 110, 230 };
+constexpr float kTintStrength = 0.3f;
+constexpr int kAntLength = 4;
+constexpr std::uint8_t kSelected = 128;
+
+void blendOver(std::uint8_t* dst, const std::uint8_t* src)
+{
+    const unsigned a = src[3];
+    for (int c = 0; c < 4; ++c)
+        dst[c] = std::uint8_t(src[c] + (dst[c] * (255 - a) + 127) / 255);
+}
+
+bool selectedAt(const std::vector<std::uint8_t>& mask, int w, int h, int x, int y)
+{
+    return x >= 0 && y >= 0 && x < w && y < h && mask[std::size_t(y) * w + x] >= kSelected;
+}
+
+bool onSelectionEdge(const std::vector<std::uint8_t>& mask, int w, int h, int x, int y)
+{
+    return selectedAt(mask, w, h, x, y) && !(selectedAt(mask, w, h, x - 1, y) && selectedAt(mask, w, h, x + 1, y) &&
+                                             selectedAt(mask, w, h, x, y - 1) && selectedAt(mask, w, h, x, y + 1));
+}
+
+const char* controlGlyph(CanvasView::Control kind)
+{
+    switch (kind) {
+    case CanvasView::Control::ZoomIn: return "+";
+    case CanvasView::Control::ZoomOut: return "\u2212";
+    case CanvasView::Control::Fit: return "\u25a1";
+    case CanvasView::Control::Pan: return "\u2725";
+    case CanvasView::Control::Area: return "";
+    }
+    return "";
+}
+
+} // namespace
+
+kit::Point CanvasView::viewPointOfCanvasPoint(kit::Point canvas) const
+{
+    const engine::ViewRect view = m_document->viewRect();
+    const float zoom = float(m_document->viewSize().width) / float(view.width);
+    const float centreX = float(view.x + view.width / 2);
+    const float centreY = float(view.y + view.height / 2);
+    const kit::Size size = bounds().size;
+    return { size.width * 0.5f + (canvas.x - centreX) * zoom, size.height * 0.5f - (canvas.y - centreY) * zoom };
+}
+
+kit::RefPtr<kit::Image> CanvasView::canvasPicture() const
+{
+    const int w = m_document->canvasWidth();
+    const int h = m_document->canvasHeight();
+    std::vector<std::uint8_t> pixels(std::size_t(w) * h * 4, 255);
+    const std::vector<std::uint8_t> paint = m_document->paintPixels();
+    const std::vector<std::uint8_t> mask = m_document->maskAlpha();
+    for (int y = 0; y < h; ++y) {
+        for (int x = 0; x < w; ++x) {
+            const std::size_t i = std::size_t(y) * w + x;
+            std::uint8_t* p = &pixels[i * 4];
+            blendOver(p, &paint[i * 4]);
+            const float a = kTintStrength * float(mask[i]) / 255.0f;
+            for (int c = 0; c < 3; ++c)
+                p[c] = std::uint8_t(std::lround(p[c] * (1 - a) + kTint[c] * a));
+            if (onSelectionEdge(mask, w, h, x, y)) {
+                const std::uint8_t ant = ((x + y) / kAntLength) % 2 ? 255 : 0;
+                p[0] = p[1] = p[2] = ant;
+            }
+        }
+    }
+    return kit::Image::imageWithRGBA(w, h, pixels.data());
+}
+
+void CanvasView::drawRect(const kit::Rect&)
+{
+    kit::GraphicsContext* context = kit::GraphicsContext::currentContext();
+    if (!context)
+        return;
+    context->setFillColor(kit::Color::colorWithCalibratedWhiteAlpha(0.45f, 1));
+    context->fillRect(bounds());
+    if (m_document) {
+        const kit::Point topLeft = viewPointOfCanvasPoint({ 0, 0 });
+        const kit::Point bottomRight =
+            viewPointOfCanvasPoint({ float(m_document->canvasWidth()), float(m_document->canvasHeight()) });
+        const kit::Rect canvas { topLeft.x, bottomRight.y, bottomRight.x - topLeft.x, topLeft.y - bottomRight.y };
+        if (auto picture = canvasPicture())
+            context->drawImage(*picture, canvas);
+    }
+    drawControls();
+}
+
+void CanvasView::drawControls() const
+{
+    kit::GraphicsContext* context = kit::GraphicsContext::currentContext();
+    auto font = kit::Font::systemFontOfSize(16);
+    for (const HostControl& control : m_controls) {
+        const kit::Rect r = control.rect;
+        context->setFillColor(kit::Color::colorWithCalibratedWhiteAlpha(0.96f, control.kind == Control::Area ? 0.35f : 0.95f));
+        context->fillRect(r);
+        context->setStrokeColor(kit::Color::controlBorderColor());
+        context->strokeRect(r);
+        const char* glyph = controlGlyph(control.kind);
+        const float width = font->widthOfString(glyph);
+        const kit::Point baseline { r.x() + (r.width() - width) * 0.5f, r.y() + (r.height() - font->lineHeight()) * 0.5f - font->descender() };
+        context->drawTextLine(glyph, baseline, *font, kit::Color::darkGrayColor());
+    }
 }
 
 } // namespace hostapp

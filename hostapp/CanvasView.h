@@ -36,6 +36,12 @@ public:
     /// What reached the host: one line an event, e.g. "down 120,110" or "zoom-in".
     const std::vector<std::string>& hostLog() const { return m_log; }
 
+    /// The canvas (paper, paint layer, the selection tinted and outlined with marching ants) at
+    /// the document's pan and zoom, and the host's controls.
+    void drawRect(const kit::Rect& dirty) override;
+    /// The view point of a canvas point at the document's current pan and zoom.
+    kit::Point viewPointOfCanvasPoint(kit::Point canvas) const;
+
     bool acceptsFirstResponder() const override { return true; }
     void mouseDown(const kit::Event& event) override;
     void mouseDragged(const kit::Event& event) override;
@@ -58,6 +64,9 @@ private:
     void act(Control kind);
     void zoomBy(double factor);
     void note(const std::string& line) { m_log.push_back(line); }
+    /// The canvas at one pixel a canvas pixel: what the host shows before scaling.
+    kit::RefPtr<kit::Image> canvasPicture() const;
+    void drawControls() const;
 
     engine::Document* m_document = nullptr;
     std::vector<HostControl> m_controls;

@@ -122,6 +122,8 @@ bool SessionRunner::execute(const SessionCommand& command, std::string& problem)
         return saveMask(outputPath(command.text), problem);
     } else if (name == "save-log") {
         return saveLog(outputPath(command.text), problem);
+    } else if (name == "save-window") {
+        return saveWindow(outputPath(command.text), problem);
     } else if (name == "replay") {
         return replayLog(outputPath(command.text), problem) >= 0;
     } else {
@@ -227,6 +229,19 @@ bool SessionRunner::saveMask(const std::filesystem::path& path, std::string& pro
     engine::Document& doc = document();
     const std::vector<std::uint8_t> alpha = doc.maskAlpha();
     if (!kit::Image::writeGrayPNG(path.string(), doc.canvasWidth(), doc.canvasHeight(), alpha.data(), &problem))
+        return false;
+    m_report << "wrote " << path.string() << "\n";
+    return true;
+}
+
+bool SessionRunner::saveWindow(const std::filesystem::path& path, std::string& problem)
+{
+    auto picture = m_canvas->window().renderImage();
+    if (!picture) {
+        problem = "cannot render the window";
+        return false;
+    }
+    if (!picture->writePNG(path.string(), &problem))
         return false;
     m_report << "wrote " << path.string() << "\n";
     return true;

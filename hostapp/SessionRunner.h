@@ -36,6 +36,8 @@ public:
     int replayLog(const std::filesystem::path& path, std::string& problem);
     bool saveMask(const std::filesystem::path& path, std::string& problem);
     bool saveLog(const std::filesystem::path& path, std::string& problem);
+    /// A PNG of the window's content: canvas, selection, the host's controls and the overlay.
+    bool saveWindow(const std::filesystem::path& path, std::string& problem);
 
 private:
     bool execute(const SessionCommand& command, std::string& problem);

@@ -50,6 +50,7 @@ const std::vector<Syntax>& commandTable()
         { "redo", {}, "redo" },
         { "save-mask", { Arg::Rest }, "save-mask FILE" },
         { "save-log", { Arg::Rest }, "save-log FILE" },
+        { "save-window", { Arg::Rest }, "save-window FILE" },
         { "replay", { Arg::Rest }, "replay FILE" },
         { "host-area", { Arg::Coord, Arg::Coord, Arg::Extent, Arg::Extent }, "host-area X Y W H" },
         { "down", { Arg::Point, Arg::Point, Arg::Clicks }, "down X Y [N]", 1 },

@@ -68,6 +68,18 @@ int runScript(const PluginModule& table, const hostapp::SessionScript& script, c
     return 0;
 }
 
+int runDemo(const PluginModule& table, const Options& options)
+{
+    std::error_code ec;
+    std::filesystem::create_directories(options.outDir, ec);
+    std::string error;
+    if (ec || !hostapp::runDemo(table, options.outDir, std::cout, error)) {
+        std::cerr << (ec ? "quillmark-host: cannot make " + options.outDir.string() : error) << "\n";
+        return kUsageError;
+    }
+    return 0;
+}
+
 /// The replay command as a session: a fresh document, the plug-in run, each log replayed, and
 /// the resulting mask and log saved.
 std::string replayScript(const std::vector<std::string>& logs)
@@ -97,10 +109,10 @@ int main(int argc, char** argv)
         std::cerr << "quillmark-host: " << error << "\n";
         return 1;
     }
-    std::optional<hostapp::SessionScript> script;
     if (options.command == "demo")
-        script = hostapp::SessionScript::parse(hostapp::demoScript(), "demo", error);
-    else if (options.command == "session")
+        return runDemo(plugin->table(), options);
+    std::optional<hostapp::SessionScript> script;
+    if (options.command == "session")
         script = hostapp::SessionScript::load(options.files[0], error);
     else
         script = hostapp::SessionScript::parse(replayScript(options.files), "replay", error);

@@ -1,9 +1,15 @@
-// EllipseSelectionView: the ellipse rasteriser in place of the rectangle's.
+// EllipseSelectionView: the ellipse rasteriser and outline in place of the rectangle's.
 #include "Classes/Selection/EllipseSelectionView.h"
 
 #include "Classes/Selection/MaskCommit.h"
+#include "kit/BezierPath.h"
 
 int EllipseSelectionView::createImageBuffer(IMAGE_BUFFER& buffer, kit::Point& origin, kit::Rect box, float feather) const
 {
     return CreateImageBufferFromEllipse(buffer, origin, box, kOpaqueWhite, true, kOpaqueWhite, feather);
+}
+
+void EllipseSelectionView::drawOutline(const kit::Rect& rect) const
+{
+    strokeDashed(*kit::BezierPath::bezierPathWithOvalInRect(rect));
 }

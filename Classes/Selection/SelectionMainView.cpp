@@ -4,6 +4,7 @@
 #include "Classes/Selection/BrushSelectionView.h"
 #include "Classes/Selection/EllipseSelectionView.h"
 #include "Classes/Selection/EraseSelectionView.h"
+#include "Classes/Selection/FloatConversion.h"
 #include "Classes/Selection/PolygonSelectionView.h"
 #include "Classes/Selection/RectangleSelectionView.h"
 #include "Classes/Selection/SelectionOptionsView.h"
@@ -24,19 +25,6 @@ namespace {
 constexpr double kFirstTrackingSyncSeconds = 1.0;
 constexpr unsigned kMirroredAreaOptions =
     kit::TrackingMouseEnteredAndExited | kit::TrackingActiveInActiveApp | kit::TrackingEnabledDuringMouseDrag;
-
-/// a / b as IEEE arithmetic gives it, without dividing by zero: a host that reports a zero
-/// width gets non-finite coordinates, as it would on the original platform, and a checked
-/// build does not stop on it.
-float ieeeDivide(float a, float b)
-{
-    if (b != 0.0f)
-        return a / b;
-    if (a == 0.0f || std::isnan(a))
-        return std::numeric_limits<float>::quiet_NaN();
-    return (std::signbit(a) != std::signbit(b)) ? -std::numeric_limits<float>::infinity()
-                                                 : std::numeric_limits<float>::infinity();
-}
 
 } // namespace
 
@@ -231,14 +219,29 @@ int SelectionMainView::setSelectionMaskRect(const unsigned char* mask, Selection
     return 0;
 }
 
+namespace {
+
+/// The engine's view of the canvas: the visible rectangle and the view's width in points.
+struct EngineGeometry {
+    int posX = 0, posY = 0, posW = 0, posH = 0, canW = 0, canH = 0;
+
+    explicit EngineGeometry(void* context)
+    {
+        IPD_GetPos(context, &posX, &posY, &posW, &posH);
+        IPD_GetCanvasSize(context, &canW, &canH);
+    }
+    float zoom() const { return ieeeDivide(float(canW), float(posW)); }
+};
+
+} // namespace
+
 SelectionMainView::CanvasGeometry SelectionMainView::canvasGeometry() const
 {
-    int posX = 0, posY = 0, posW = 0, posH = 0, canW = 0, canH = 0;
-    IPD_GetPos(m_QMContext, &posX, &posY, &posW, &posH);
-    IPD_GetCanvasSize(m_QMContext, &canW, &canH);
-    return { ieeeDivide(float(canW), float(posW)), canvasCentre(posX, posW), canvasCentre(posY, posH), frame().width(),
-             frame().height() };
+    const EngineGeometry e(m_QMContext);
+    return { e.zoom(), canvasCentre(e.posX, e.posW), canvasCentre(e.posY, e.posH), frame().width(), frame().height() };
 }
+
+float SelectionMainView::canvasZoom(void* context) { return EngineGeometry(context).zoom(); }
 
 float SelectionMainView::canvasCentre(int position, int size)
 {

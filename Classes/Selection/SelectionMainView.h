@@ -70,6 +70,10 @@ public:
     void mouseExited(const kit::Event& event) override;
     bool mouseDownCanMoveWindow() const override { return false; }
 
+    /// Overlay points per canvas pixel: the canvas view's width over the visible canvas width,
+    /// read from the engine afresh.
+    static float canvasZoom(void* context);
+
     /// The canvas coordinate shown at the overlay's centre along one axis: position plus half
     /// the visible size, the half truncated toward zero.
     static float canvasCentre(int position, int size);

@@ -64,7 +64,7 @@ TEST_F(ControllerTest, FirstRunBuildsTheOverlayAndAddsItHalfASecondLater)
     EXPECT_EQ(overlay->qmContext(), document.context());
     EXPECT_FALSE(overlay->isHidden());
     EXPECT_EQ(overlay->superview(), nullptr);
-    EXPECT_EQ(loop.pendingCount(), 2u); // the add, and the overlay's first tracking-area sync
+    EXPECT_EQ(loop.pendingCount(), 3u); // the add, the overlay's first tracking-area sync, the bar's first switch
 
     loop.advance(0.49);
     EXPECT_EQ(overlay->superview(), nullptr);
@@ -80,7 +80,7 @@ TEST_F(ControllerTest, RunTwiceMakesOneOverlayAndOneDelayedAdd)
     SelectionMainView* first = controller->pluginMainView();
     controller->run();
     EXPECT_EQ(controller->pluginMainView(), first);
-    EXPECT_EQ(loop.pendingCount(), 2u); // one add, one tracking-area sync
+    EXPECT_EQ(loop.pendingCount(), 3u); // one add, one tracking-area sync, one first tool switch
 }
 
 TEST_F(ControllerTest, RunAfterStopShowsTheSameOverlayAndSchedulesNothing)

@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <sstream>
@@ -171,9 +172,18 @@ TEST(HostProgram, DemoWritesItsFilesIntoOut)
 {
     TempDir dir;
     ASSERT_EQ(host("demo", dir.path()), 0) << readFile(dir.path() / "err.txt");
-    for (const char* file : { "demo-mask.png", "demo-log.jsonl", "demo-replayed-mask.png" })
+    for (const char* file : { "demo-mask.png", "demo-log.jsonl", "demo-replayed-mask.png", "demo-rectangle-drag.png",
+                              "demo-ellipse-drag.png", "demo-marquee-panel.png", "demo-lasso-panel.png",
+                              "demo-brush-panel.png", "demo-replayed-window.png" })
         EXPECT_TRUE(fs::exists(dir.path() / "out" / file)) << file;
-    EXPECT_NE(readFile(dir.path() / "out.txt").find("wrote out/demo-mask.png"), std::string::npos);
+    const std::string out = readFile(dir.path() / "out.txt");
+    EXPECT_NE(out.find("wrote out/demo-mask.png"), std::string::npos);
+    EXPECT_NE(out.find("the replayed mask equals the original pixel for pixel"), std::string::npos);
+    // Two selections were made through the bar, with the feathers typed into its panel.
+    const std::string log = readFile(dir.path() / "out/demo-log.jsonl");
+    EXPECT_EQ(std::count(log.begin(), log.end(), '\n'), 2);
+    EXPECT_NE(log.find("\"param8\":10"), std::string::npos) << log;
+    EXPECT_NE(log.find("\"param8\":25"), std::string::npos) << log;
 }
 
 TEST(HostProgram, ABadScriptStopsWithStatusTwoAndTheLine)

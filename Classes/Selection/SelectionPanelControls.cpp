@@ -1,0 +1,230 @@
+// SelectionPanelControls: shared control set-up and reactions of the option panels.
+#include "Classes/Selection/SelectionPanelControls.h"
+
+#include "entry/ResourceHelpers.h"
+#include "kit/Bundle.h"
+#include "kit/Color.h"
+#include "kit/TextView.h"
+#include "kit/Window.h"
+
+#include <climits>
+#include <cstdio>
+
+namespace {
+
+constexpr float kValueFontSize = 11;
+constexpr std::array<const char*, 4> kPlainModeImages = { "selection_default.png", "selection_add.png",
+                                                          "selection_subtract.png", "selection_intersect.png" };
+constexpr std::array<const char*, 4> kPressedModeImages = { "selection_default2.png", "selection_add2.png",
+                                                            "selection_subtract2.png", "selection_intersect2.png" };
+
+template <typename... Args> std::string format(const char* pattern, Args... args)
+{
+    const int length = std::snprintf(nullptr, 0, pattern, args...);
+    if (length <= 0)
+        return {};
+    std::string text(std::size_t(length) + 1, '\0');
+    std::snprintf(text.data(), text.size(), pattern, args...);
+    text.resize(std::size_t(length));
+    return text;
+}
+
+/// viewWithTag for a tag computed in wider arithmetic: a tag no int can hold names no view.
+kit::View* viewWithWideTag(kit::View& panel, long long tag)
+{
+    if (tag < INT_MIN || tag > INT_MAX)
+        return nullptr;
+    return panel.viewWithTag(int(tag));
+}
+
+void setBothImages(kit::Button& button, const char* name)
+{
+    button.setImage(myLibraryImageNamed(name));
+    button.setAlternateImage(myLibraryImageNamed(name));
+}
+
+} // namespace
+
+std::string SelectionPanelControls::localized(const std::string& key)
+{
+    return kit::Bundle::mainBundle().localizedString(key, "", "");
+}
+
+std::string SelectionPanelControls::featherText(float feather)
+{
+    return format(" %.1f %s", double(feather), localized("Pixels").c_str());
+}
+
+std::string SelectionPanelControls::pixelsText(int pixels)
+{
+    return format(" %d %s", pixels, localized("Pixels").c_str());
+}
+
+std::string SelectionPanelControls::ratioText(float ratio) { return format(" %0.3f", double(ratio)); }
+
+kit::RefPtr<kit::Image> SelectionPanelControls::hostEditBoxImage()
+{
+    const auto path = kit::Bundle::mainBundle().pathForResource("text_editbox", "png");
+    return path ? kit::Image::imageWithContentsOfFile(*path) : nullptr;
+}
+
+float SelectionPanelControls::clampFeather(float feather)
+{
+    if (feather > kMaxFeather)
+        return kMaxFeather;
+    // Written so that NaN, which no comparison admits, lands at the minimum too.
+    return feather >= 0 ? feather : 0;
+}
+
+void SelectionPanelControls::showFeather(kit::View& panel, kit::TextField* field, float feather)
+{
+    if (field)
+        field->setStringValue(featherText(feather));
+    if (kit::Slider* slider = sliderWithTag(panel, kFeatherTag + 2))
+        slider->setFloatValue(feather);
+}
+
+kit::Button* SelectionPanelControls::makeButton(kit::View& panel, const kit::Rect& frame, const char* image,
+                                                bool alternate, const std::string& toolTip, int tag)
+{
+    auto button = kit::make<kit::Button>(frame);
+    button->setButtonType(kit::MomentaryChangeButton);
+    button->setBordered(false);
+    button->setImage(myLibraryImageNamed(image));
+    if (alternate)
+        button->setAlternateImage(myLibraryImageNamed(image));
+    button->setToolTip(toolTip);
+    button->setTag(tag);
+    button->setTarget(&panel);
+    panel.addSubview(button.get());
+    return button.get();
+}
+
+kit::ImageView* SelectionPanelControls::addSeparator(kit::View& panel, float x, float y, float height)
+{
+    kit::Image* image = myLibraryImageNamed("property_separator.png");
+    const float width = image ? image->size().width : 0;
+    auto separator = kit::make<kit::ImageView>(kit::Rect { x, y, width, height });
+    separator->setImage(image);
+    separator->setImageScaling(kit::ImageScaleAxesIndependently);
+    panel.addSubview(separator.get());
+    return separator.get();
+}
+
+kit::TextField* SelectionPanelControls::addLabel(kit::View& panel, const kit::Rect& frame, const std::string& text,
+                                                 const std::string& toolTip)
+{
+    auto label = kit::make<kit::TextField>(frame);
+    label->setStringValue(text);
+    label->setEditable(false);
+    label->setTextColor(kit::Color::blackColor());
+    label->setAlignment(kit::RightTextAlignment);
+    label->setBackgroundColor(kit::Color::clearColor());
+    label->setBordered(false);
+    label->setToolTip(toolTip);
+    panel.addSubview(label.get());
+    return label.get();
+}
+
+kit::ImageView* SelectionPanelControls::addValueBox(kit::View& panel, const kit::Rect& frame, kit::Image* image)
+{
+    auto box = kit::make<kit::ImageView>(frame);
+    box->setImage(image);
+    box->setImageScaling(kit::ImageScaleAxesIndependently);
+    panel.addSubview(box.get());
+    return box.get();
+}
+
+kit::TextField* SelectionPanelControls::addValueField(kit::View& panel, const kit::Rect& frame, int tag,
+                                                      const std::string& toolTip, kit::TextFieldDelegate* delegate)
+{
+    auto field = kit::make<kit::TextField>(frame);
+    field->setTag(tag);
+    field->setToolTip(toolTip);
+    field->setTextColor(kit::Color::blackColor());
+    field->setAlignment(kit::LeftTextAlignment);
+    field->setBackgroundColor(kit::Color::clearColor());
+    field->setBordered(false);
+    field->setDelegate(delegate);
+    field->setUsesSingleLineMode(true);
+    field->setLineBreakMode(kit::LineBreakByCharWrapping);
+    field->setFocusRingType(kit::FocusRingTypeNone);
+    // The small size keeps " 200 Pixels" and " 100.0 Pixels" clear of the slider buttons that
+    // overlap the fields' right ends.
+    field->setFont(kit::Font::systemFontOfSize(kValueFontSize));
+    panel.addSubview(field.get());
+    return field.get();
+}
+
+void SelectionPanelControls::showModeButtons(kit::View& panel, const ModeButtons& buttons, int mode, int lastTag)
+{
+    for (std::size_t n = 0; n < buttons.size(); ++n) {
+        if (buttons[n])
+            setBothImages(*buttons[n], kPlainModeImages[n]);
+    }
+    auto* pressed = dynamic_cast<kit::Button*>(viewWithWideTag(panel, (long long)mode + kModeTagBase));
+    if (!pressed || pressed->tag() < kModeTagBase || pressed->tag() > lastTag)
+        return;
+    setBothImages(*pressed, kPressedModeImages[std::size_t(pressed->tag() - kModeTagBase)]);
+}
+
+bool SelectionPanelControls::modeOfSender(kit::Object* sender, int& mode)
+{
+    auto* button = dynamic_cast<kit::Button*>(sender);
+    if (!button)
+        return false;
+    const long long wide = (long long)button->tag() - kModeTagBase;
+    if (wide < INT_MIN)
+        return false;
+    mode = int(wide);
+    return true;
+}
+
+kit::Slider* SelectionPanelControls::sliderWithTag(kit::View& panel, long long tag)
+{
+    return dynamic_cast<kit::Slider*>(viewWithWideTag(panel, tag));
+}
+
+bool SelectionPanelControls::openSlider(kit::View& panel, kit::Object* sender, kit::Slider*& slider, int& tag)
+{
+    auto* button = dynamic_cast<kit::Button*>(sender);
+    if (!button)
+        return false;
+    tag = button->tag();
+    button->setHidden(true);
+    if (kit::View* close = viewWithWideTag(panel, (long long)tag + 2))
+        close->setHidden(false);
+    slider = sliderWithTag(panel, (long long)tag + 1);
+    if (slider)
+        slider->setHidden(false);
+    return true;
+}
+
+void SelectionPanelControls::closeSlider(kit::View& panel, kit::Object* sender)
+{
+    auto* button = dynamic_cast<kit::Button*>(sender);
+    if (!button)
+        return;
+    const long long tag = button->tag();
+    button->setHidden(true);
+    if (kit::View* open = viewWithWideTag(panel, tag - 2))
+        open->setHidden(false);
+    if (kit::Slider* slider = sliderWithTag(panel, tag - 1))
+        slider->setHidden(true);
+}
+
+bool SelectionPanelControls::doCommandBySelector(kit::Control* control, kit::TextView* textView,
+                                                 const std::string& selector)
+{
+    if (selector == "insertNewline:") {
+        if (kit::Window* window = textView ? textView->window() : nullptr)
+            window->endEditingFor(textView);
+        return true;
+    }
+    if (selector == "cancelOperation:") {
+        if (auto* field = dynamic_cast<kit::TextField*>(control))
+            field->abortEditing();
+        return true;
+    }
+    return false;
+}
