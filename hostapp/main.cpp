@@ -1,5 +1,6 @@
 // quillmark-host: the reference host application.
 #include "hostapp/Demo.h"
+#include "hostapp/InteractiveWindow.h"
 #include "hostapp/PluginHost.h"
 #include "hostapp/SessionRunner.h"
 #include "hostapp/SessionScript.h"
@@ -17,6 +18,7 @@ constexpr int kUsageError = 2;
 void printUsage(std::ostream& out)
 {
     out << "usage:\n"
+           "  quillmark-host                             open the canvas window (needs a display)\n"
            "  quillmark-host demo [--out DIR]            run the built-in demo (files go to DIR, default out)\n"
            "  quillmark-host session FILE [--out DIR]    run a session script headless\n"
            "  quillmark-host replay LOG... [--out DIR]   replay action logs onto a fresh document\n";
@@ -80,6 +82,20 @@ int runDemo(const PluginModule& table, const Options& options)
     return 0;
 }
 
+int runInteractive()
+{
+    std::string error;
+    auto plugin = hostapp::PluginHost::loadInstalled(error);
+    if (plugin) {
+        hostapp::InteractiveWindow window(plugin->table());
+        if (window.run(error))
+            return 0;
+    }
+    std::cerr << "quillmark-host: " << error << "\n";
+    printUsage(std::cerr);
+    return 1;
+}
+
 /// The replay command as a session: a fresh document, the plug-in run, each log replayed, and
 /// the resulting mask and log saved.
 std::string replayScript(const std::vector<std::string>& logs)
@@ -95,6 +111,8 @@ std::string replayScript(const std::vector<std::string>& logs)
 int main(int argc, char** argv)
 {
     Options options;
+    if (argc == 1)
+        return runInteractive();
     if (argc == 2 && (std::strcmp(argv[1], "--help") == 0 || std::strcmp(argv[1], "-h") == 0)) {
         printUsage(std::cout);
         return 0;

@@ -1,0 +1,101 @@
+// The on-screen window: the window system's events reach the plug-in the right way up.
+#include "hostapp/InteractiveWindow.h"
+#include "hostapp/PluginHost.h"
+#include "hostapp/SessionRunner.h"
+#include "kit/RunLoop.h"
+
+#include <gtest/gtest.h>
+
+#include <SDL.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <thread>
+
+namespace {
+
+void push(SDL_Event e) { SDL_PushEvent(&e); }
+
+void pushButton(Uint32 type, int x, int y)
+{
+    SDL_Event e {};
+    e.type = type;
+    e.button.button = SDL_BUTTON_LEFT;
+    e.button.clicks = 1;
+    e.button.x = x;
+    e.button.y = y;
+    push(e);
+}
+
+void pushMotion(int x, int y)
+{
+    SDL_Event e {};
+    e.type = SDL_MOUSEMOTION;
+    e.motion.x = x;
+    e.motion.y = y;
+    push(e);
+}
+
+void pushKey(SDL_Keycode key, Uint16 mod)
+{
+    SDL_Event e {};
+    e.type = SDL_KEYDOWN;
+    e.key.keysym.sym = key;
+    e.key.keysym.mod = mod;
+    push(e);
+}
+
+TEST(InteractiveWindow, ADragInTheWindowSelectsAndCtrlZUndoes)
+{
+    // A window system without a screen, so the test runs anywhere.
+    setenv("SDL_VIDEODRIVER", "dummy", 1);
+    const char* build = std::getenv("QM_BUILD_DIR");
+    std::string error;
+    auto plugin = hostapp::PluginHost::load(
+        (std::filesystem::path(build ? build : ".") / "Quillmark.app/Contents/PlugIns/QuillmarkPlugin_Selection.bundle").string(),
+        error);
+    ASSERT_TRUE(plugin) << error;
+
+    std::size_t recorded = 0;
+    float x = -1, y = -1;
+    int selectedAfterUndo = -1;
+    std::size_t redoSteps = 0;
+    hostapp::InteractiveWindow window(plugin->table());
+    const bool ran = window.run(
+        error,
+        [](hostapp::SessionRunner&) {
+            // Let the overlay come on screen and the bar make its first switch (wall clock).
+            const double until = kit::RunLoop::main().now() + 1.2;
+            while (kit::RunLoop::main().now() < until) {
+                kit::RunLoop::main().runDue();
+                std::this_thread::sleep_for(std::chrono::milliseconds(10));
+            }
+            // Rows run down from the top of the 900-point window.
+            pushButton(SDL_MOUSEBUTTONDOWN, 200, 600);
+            pushMotion(300, 500);
+            pushButton(SDL_MOUSEBUTTONUP, 300, 500);
+            pushKey(SDLK_z, KMOD_LCTRL); // the host's undo
+            SDL_Event quit {};
+            quit.type = SDL_QUIT;
+            push(quit);
+        },
+        [&](hostapp::SessionRunner& runner) {
+            auto& doc = runner.document();
+            recorded = doc.actionLog().size();
+            if (recorded) {
+                x = doc.actionLog().records()[0].param3;
+                y = doc.actionLog().records()[0].param4;
+            }
+            selectedAfterUndo = doc.maskAlpha()[500 * 1000 + 150];
+            redoSteps = doc.redoDepth();
+        });
+    ASSERT_TRUE(ran) << error;
+    EXPECT_EQ(recorded, 1u);
+    EXPECT_EQ(x, 100); // the box (200, 300)-(300, 400) in the kit's y-up points
+    EXPECT_EQ(y, 450);
+    EXPECT_EQ(selectedAfterUndo, 0);
+    EXPECT_EQ(redoSteps, 1u);
+}
+
+} // namespace
