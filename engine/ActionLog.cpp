@@ -1,6 +1,7 @@
 // ActionLog: the recorded selection events of a document, saved and loaded as JSON lines.
 #include "engine/ActionLog.h"
 
+#include "engine/TextLines.h"
 #include "engine/JsonRecordReader.h"
 #include "engine/JsonRecordWriter.h"
 
@@ -50,9 +51,7 @@ bool ActionLog::parseJsonLines(std::string_view text, std::string_view sourceNam
     std::size_t lineNumber = 0;
     while (!text.empty()) {
         ++lineNumber;
-        std::size_t end = text.find('\n');
-        std::string_view line = text.substr(0, end);
-        text = end == std::string_view::npos ? std::string_view {} : text.substr(end + 1);
+        std::string_view line = takeLine(text);
         if (line.size() > kMaxLineBytes) {
             error = located(sourceName, lineNumber, "line longer than " + std::to_string(kMaxLineBytes) + " bytes");
             return false;

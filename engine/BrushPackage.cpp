@@ -1,6 +1,7 @@
 // BrushPackage: reads a brush package, a small text file of "key = value" lines.
 #include "engine/BrushPackage.h"
 
+#include "engine/TextLines.h"
 #include <charconv>
 #include <cmath>
 #include <fstream>
@@ -90,9 +91,7 @@ std::optional<BrushSettings> BrushPackage::parse(std::string_view text, std::str
     std::size_t lineNumber = 0;
     while (!text.empty()) {
         ++lineNumber;
-        std::size_t end = text.find('\n');
-        std::string_view line = text.substr(0, end);
-        text = end == std::string_view::npos ? std::string_view {} : text.substr(end + 1);
+        std::string_view line = takeLine(text);
         if (!applyLine(line, settings, sawMode, error)) {
             error = "line " + std::to_string(lineNumber) + ": " + error;
             return std::nullopt;

@@ -1,5 +1,6 @@
 // The host's own controls under the overlay, and the mouse and key commands of sessions.
 #include "hostapp/PluginHost.h"
+#include "tests/support/BuiltPlugin.h"
 #include "hostapp/SessionRunner.h"
 #include "kit/Event.h"
 #include "kit/NotificationCenter.h"
@@ -20,10 +21,8 @@ class HostInputTest : public testing::Test {
 protected:
     void SetUp() override
     {
-        const char* build = std::getenv("QM_BUILD_DIR");
         std::string error;
-        plugin = hostapp::PluginHost::load(
-            (fs::path(build ? build : ".") / "Quillmark.app/Contents/PlugIns/QuillmarkPlugin_Selection.bundle").string(), error);
+        plugin = loadBuiltPlugin(error);
         ASSERT_TRUE(plugin) << error;
         runner = std::make_unique<hostapp::SessionRunner>(plugin->table(), dir.path(), report);
         // The plug-in on screen, with its tracking areas mirrored.

@@ -1,6 +1,7 @@
 // The on-screen window: the window system's events reach the plug-in the right way up.
 #include "hostapp/InteractiveWindow.h"
 #include "hostapp/PluginHost.h"
+#include "tests/support/BuiltPlugin.h"
 #include "hostapp/SessionRunner.h"
 #include "kit/RunLoop.h"
 
@@ -50,11 +51,8 @@ TEST(InteractiveWindow, ADragInTheWindowSelectsAndCtrlZUndoes)
 {
     // A window system without a screen, so the test runs anywhere.
     setenv("SDL_VIDEODRIVER", "dummy", 1);
-    const char* build = std::getenv("QM_BUILD_DIR");
     std::string error;
-    auto plugin = hostapp::PluginHost::load(
-        (std::filesystem::path(build ? build : ".") / "Quillmark.app/Contents/PlugIns/QuillmarkPlugin_Selection.bundle").string(),
-        error);
+    auto plugin = loadBuiltPlugin(error);
     ASSERT_TRUE(plugin) << error;
 
     std::size_t recorded = 0;

@@ -1,6 +1,7 @@
 // Marquee selections made in scripted sessions land on the expected canvas pixels at any zoom
 // and layer offset, undo and redo step through them, and their logs replay to the same mask.
 #include "hostapp/PluginHost.h"
+#include "tests/support/BuiltPlugin.h"
 #include "hostapp/SessionRunner.h"
 #include "kit/Image.h"
 #include "kit/RunLoop.h"
@@ -20,10 +21,8 @@ class MarqueeSessionTest : public testing::Test {
 protected:
     void SetUp() override
     {
-        const char* build = std::getenv("QM_BUILD_DIR");
         std::string error;
-        plugin = hostapp::PluginHost::load(
-            (fs::path(build ? build : ".") / "Quillmark.app/Contents/PlugIns/QuillmarkPlugin_Selection.bundle").string(), error);
+        plugin = loadBuiltPlugin(error);
         ASSERT_TRUE(plugin) << error;
     }
     void TearDown() override { kit::RunLoop::main().advance(10); }

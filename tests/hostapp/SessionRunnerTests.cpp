@@ -1,6 +1,7 @@
 // Sessions run against the real plug-in bundle and engine, in-process and as the host program.
 #include "host/HostEngine.h"
 #include "hostapp/PluginHost.h"
+#include "tests/support/BuiltPlugin.h"
 #include "hostapp/SessionRunner.h"
 #include "kit/Image.h"
 #include "kit/RunLoop.h"
@@ -18,18 +19,12 @@ namespace fs = std::filesystem;
 
 namespace {
 
-fs::path buildDir()
-{
-    const char* build = std::getenv("QM_BUILD_DIR");
-    return build ? fs::path(build) : fs::current_path();
-}
-
 class SessionTest : public testing::Test {
 protected:
     void SetUp() override
     {
         std::string error;
-        plugin = hostapp::PluginHost::load((buildDir() / "Quillmark.app/Contents/PlugIns/QuillmarkPlugin_Selection.bundle").string(), error);
+        plugin = loadBuiltPlugin(error);
         ASSERT_TRUE(plugin) << error;
         runner = std::make_unique<hostapp::SessionRunner>(plugin->table(), dir.path(), report);
     }
@@ -154,7 +149,7 @@ TEST_F(SessionTest, RuntimeFailuresNameTheLineAndKeepEarlierFiles)
 /// Runs the installed host program and returns its exit status.
 int host(const std::string& arguments, const fs::path& cwd)
 {
-    const fs::path program = buildDir() / "Quillmark.app/Contents/bin/quillmark-host";
+    const fs::path program = builtTreeFolder() / "Quillmark.app/Contents/bin/quillmark-host";
     const std::string command = "cd '" + cwd.string() + "' && '" + program.string() + "' " + arguments + " >out.txt 2>err.txt";
     const int status = std::system(command.c_str());
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
