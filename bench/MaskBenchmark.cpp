@@ -1,12 +1,16 @@
 // MaskBenchmark: the mask pipeline against one memcpy of its buffer and against cairo + OpenCV.
 //
-// Every figure is a median over the runs of one process. For each shape the program measures a
-// memcpy of a buffer of the mask's size, the rasteriser building the mask (allocation, fill,
-// feather, as the tools call it), and the obvious alternative: cairo filling the same shape and,
-// where OpenCV is installed, cv::GaussianBlur with the same sigma and a transparent border. At
-// the end it prints the ratios, and for feathered rectangles the largest difference from the
-// exact Gaussian (computed separably in double precision).
+// Every figure is a median over the runs of one process. For each shape each run times a
+// memcpy of a buffer of the mask's size and then the rasteriser building the mask (allocation,
+// fill, feather, as the tools call it), so that both see the same load; the ratio is the median
+// of the runs' ratios. The "mask" runs reuse recycled memory, as every selection after the first
+// does; the "mask-first-touch" runs empty the recycler first, so they include the page faults
+// of fresh memory. The obvious alternative is cairo filling the same shape and, where OpenCV is
+// installed, cv::GaussianBlur with the same sigma and a transparent border. For feathered
+// rectangles the program also prints the largest difference from the exact Gaussian (computed
+// separably in double precision).
 #include "Classes/Selection/GraphicsToBuffer.h"
+#include "kit/MemoryRecycler.h"
 
 #include <benchmark/benchmark.h>
 #include <cairo.h>
@@ -75,26 +79,42 @@ double median(std::vector<double> v)
 }
 
 struct Result {
-    double memcpyMs = 0, maskMs = 0, alternativeMs = 0, maxError = -1;
+    double memcpyMs = 0, maskMs = 0, ratio = 0, coldMs = 0, coldRatio = 0, alternativeMs = 0, maxError = -1;
     int width = 0, height = 0;
 };
 std::map<std::string, Result> g_results;
 
 std::string key(int shape, float feather) { return std::string(shapeName(shape)) + " feather " + std::to_string(feather).substr(0, 5); }
 
-double medianMemcpy(std::size_t bytes)
-{
-    std::vector<unsigned char> from(bytes, 1), to(bytes, 2);
-    std::vector<double> times;
-    for (int i = 0; i < 15; ++i) {
-        const auto start = std::chrono::steady_clock::now();
-        std::memcpy(to.data(), from.data(), bytes);
-        benchmark::DoNotOptimize(to.data());
-        benchmark::ClobberMemory();
-        times.push_back(milliseconds(start));
+// One memcpy of a buffer of the mask's size between two blocks that stay mapped: the floor of
+// writing the mask once. The copy is timed on its second run, after a first one has written back
+// what the previous mask left in the caches, so that the floor is a clean memcpy as when copies
+// run back to back.
+class MemcpyFloor {
+public:
+    explicit MemcpyFloor(std::size_t bytes)
+        : m_from(bytes, 1)
+        , m_to(bytes, 2)
+    {
     }
-    return median(times);
-}
+    double run()
+    {
+        copy();
+        const auto start = std::chrono::steady_clock::now();
+        copy();
+        return milliseconds(start);
+    }
+
+private:
+    void copy()
+    {
+        std::memcpy(m_to.data(), m_from.data(), m_from.size());
+        benchmark::DoNotOptimize(m_to.data());
+        benchmark::ClobberMemory();
+    }
+
+    std::vector<unsigned char> m_from, m_to;
+};
 
 // The exact blur of the rectangle's sharp mask along one axis: the area coverage of the span
 // [from, to) in each pixel, convolved in double precision with the normalised Gaussian.
@@ -132,7 +152,10 @@ double rectangleError(const IMAGE_BUFFER& buffer, float feather)
     return worst;
 }
 
-void maskBenchmark(benchmark::State& state, int shape, float feather)
+// Each run times a memcpy and then the mask, so that both see the same load on the machine;
+// the ratio is the median of the runs' own ratios. With `cold`, every mask gets memory that was
+// never touched (the recycler keeps nothing), so its time includes the page faults.
+void maskBenchmark(benchmark::State& state, int shape, float feather, bool cold)
 {
     IMAGE_BUFFER buffer {};
     kit::Point origin;
@@ -140,20 +163,31 @@ void maskBenchmark(benchmark::State& state, int shape, float feather)
     Result& result = g_results[key(shape, feather)];
     result.width = buffer.nWidth;
     result.height = buffer.nHeight;
-    result.memcpyMs = medianMemcpy(std::size_t(buffer.nWidth) * std::size_t(buffer.nHeight) * 4);
-    if (shape == Rectangle && feather > 1)
+    if (!cold && shape == Rectangle && feather > 1)
         result.maxError = rectangleError(buffer, feather);
+    MemcpyFloor floor(std::size_t(buffer.nWidth) * std::size_t(buffer.nHeight) * 4);
     DestroyImageBuffer(buffer);
-    std::vector<double> times;
+    std::vector<double> copies, masks, ratios;
     for (auto _ : state) {
+        copies.push_back(floor.run());
+        if (cold)
+            kit::MemoryRecycler::shared().trim();
         const auto start = std::chrono::steady_clock::now();
         buildMask(shape, feather, buffer, origin);
         benchmark::DoNotOptimize(buffer.pData);
-        times.push_back(milliseconds(start));
+        masks.push_back(milliseconds(start));
+        ratios.push_back(masks.back() / copies.back());
         DestroyImageBuffer(buffer);
     }
-    result.maskMs = median(times);
-    state.counters["x_memcpy"] = result.maskMs / result.memcpyMs;
+    if (cold) {
+        result.coldMs = median(masks);
+        result.coldRatio = median(ratios);
+    } else {
+        result.memcpyMs = median(copies);
+        result.maskMs = median(masks);
+        result.ratio = median(ratios);
+    }
+    state.counters["x_memcpy"] = median(ratios);
 }
 
 // What a user would write without the kit: cairo fills the shape into a cleared ARGB32 surface
@@ -216,7 +250,7 @@ void alternativeBenchmark(benchmark::State& state, int shape, float feather)
         times.push_back(milliseconds(start));
     }
     result.alternativeMs = median(times);
-    state.counters["x_memcpy"] = result.alternativeMs / result.memcpyMs;
+    state.counters["x_memcpy"] = result.memcpyMs > 0 ? result.alternativeMs / result.memcpyMs : 0.0;
 }
 
 void registerAll()
@@ -224,11 +258,14 @@ void registerAll()
     const std::vector<std::pair<int, float>> cases = { { Rectangle, 0 }, { Rectangle, 2.5f }, { Rectangle, 10 },
                                                        { Rectangle, 100 }, { Ellipse, 0 }, { Ellipse, 10 },
                                                        { Star, 0 }, { Star, 10 } };
-    for (auto [shape, feather] : cases) {
-        benchmark::RegisterBenchmark(("mask/" + key(shape, feather)).c_str(),
-                                     [shape = shape, feather = feather](benchmark::State& s) { maskBenchmark(s, shape, feather); })
-            ->Unit(benchmark::kMillisecond)
-            ->Iterations(21);
+    for (bool cold : { false, true }) {
+        for (auto [shape, feather] : cases) {
+            benchmark::RegisterBenchmark(((cold ? "mask-first-touch/" : "mask/") + key(shape, feather)).c_str(),
+                [shape = shape, feather = feather, cold](
+                    benchmark::State& s) { maskBenchmark(s, shape, feather, cold); })
+                ->Unit(benchmark::kMillisecond)
+                ->Iterations(cold ? 9 : 31);
+        }
     }
     for (auto [shape, feather] : cases) {
         // OpenCV's blur grows with the radius: a few runs are plenty at the large ones.
@@ -242,13 +279,14 @@ void registerAll()
 
 void printSummary()
 {
-    std::printf("\n%-26s %11s %10s %10s %9s %12s %12s %10s\n", "shape", "buffer", "memcpy ms", "mask ms", "mask/cpy",
-                "alt ms", "alt/mask", "max err");
+    std::printf("\nMedians of one process; ratios are medians of each run's mask / memcpy.\n");
+    std::printf("%-24s %11s %9s %8s %8s %9s %9s %9s %8s %8s\n", "shape", "buffer", "memcpy ms", "mask ms", "mask/cpy",
+        "1st ms", "1st/cpy", "alt ms", "alt/mask", "max err");
     for (const auto& [name, r] : g_results) {
-        std::printf("%-26s %5dx%-5d %10.2f %10.2f %9.2f %12.1f %12.1f %10s\n", name.c_str(), r.width, r.height,
-                    r.memcpyMs, r.maskMs, r.maskMs / r.memcpyMs, r.alternativeMs,
-                    r.maskMs > 0 ? r.alternativeMs / r.maskMs : 0.0,
-                    r.maxError < 0 ? "-" : std::to_string(r.maxError).substr(0, 5).c_str());
+        std::printf("%-24s %5dx%-5d %9.2f %8.2f %8.2f %9.2f %9.2f %9.1f %8.1f %8s\n", name.c_str(), r.width, r.height,
+            r.memcpyMs, r.maskMs, r.ratio, r.coldMs, r.coldRatio, r.alternativeMs,
+            r.maskMs > 0 ? r.alternativeMs / r.maskMs : 0.0,
+            r.maxError < 0 ? "-" : std::to_string(r.maxError).substr(0, 5).c_str());
     }
 #ifndef QM_HAVE_OPENCV
     std::printf("(OpenCV not installed: the alternative is cairo's fill alone)\n");

@@ -2,6 +2,9 @@
 #include "kit/BitmapContext.h"
 
 #include "kit/Flip.h"
+#include "kit/GaussianBlur.h"
+#include "kit/MemoryRecycler.h"
+#include "kit/PixelKernels.h"
 
 #include <algorithm>
 #include <bit>
@@ -110,7 +113,64 @@ void BitmapContext::clearRect(const Rect& rect)
     fill(*path, FillRule::NonZero, Paint::Clear);
 }
 
-void BitmapContext::fill(const MutablePath& path, FillRule rule, Paint paint)
+bool BitmapContext::replaceWithBlurredBox(Point low, Point high, double sigma)
+{
+    // Along x drawing space and memory agree; memory rows run down from the top edge.
+    double x0 = low.x, x1 = high.x;
+    double y0 = flippedY(high.y, m_height), y1 = flippedY(low.y, m_height);
+    if (!antialiasing()) {
+        // Without antialiasing a pixel is in by its centre: the box snaps to whole pixels.
+        for (double* v : { &x0, &x1, &y0, &y1 })
+            *v = std::ceil(*v - 0.5);
+    }
+    auto& recycler = MemoryRecycler::shared();
+    auto* profiles
+        = static_cast<float*>(recycler.allocate((std::size_t(m_width) + std::size_t(m_height)) * sizeof(float)));
+    if (!profiles)
+        return false;
+    float* columns = profiles;
+    float* rows = profiles + m_width;
+    const GaussianBlur blur(sigma > 0 ? sigma : 0);
+    blur.blurSpan(x0, x1, m_width, columns);
+    blur.blurSpan(y0, y1, m_height, rows);
+    std::uint8_t colour[4];
+    std::memcpy(colour, &m_fillPixel, 4);
+    for (int row = 0; row < m_height; ++row)
+        pixelkernels::writeScaledColour(
+            columns, rows[row], colour, m_data + std::size_t(row) * m_bytesPerRow, std::size_t(m_width));
+    recycler.release(profiles);
+    return true;
+}
+
+void BitmapContext::clearAndFillPath()
+{
+    addToRasterizer(*m_path);
+    beginPath();
+    std::uint8_t colour[4];
+    std::memcpy(colour, &m_fillPixel, 4);
+    const std::size_t rowBytes = std::size_t(m_width) * 4;
+    // Rows come top to bottom; those no edge reaches are cleared as they are passed over.
+    int nextRow = 0;
+    auto clearRowsUpTo = [&](int end) {
+        for (; nextRow < end; ++nextRow)
+            std::memset(m_data + std::size_t(nextRow) * m_bytesPerRow, 0, rowBytes);
+    };
+    m_rasterizer.rasterize(FillRule::NonZero, antialiasing(),
+        [&](int row, int x0, int x1, const std::uint8_t* coverage, std::uint8_t rest) {
+            clearRowsUpTo(row);
+            std::uint8_t* line = m_data + std::size_t(row) * m_bytesPerRow;
+            std::memset(line, 0, std::size_t(x0) * 4);
+            pixelkernels::writeCoverage(coverage, colour, line + std::size_t(x0) * 4, std::size_t(x1 - x0));
+            std::uint8_t restPixel[4];
+            for (int c = 0; c < 4; ++c)
+                restPixel[c] = std::uint8_t(divideBy255(colour[c] * unsigned(rest)));
+            fillPixels(line + std::size_t(x1) * 4, std::size_t(m_width - x1), restPixel);
+            nextRow = row + 1;
+        });
+    clearRowsUpTo(m_height);
+}
+
+void BitmapContext::addToRasterizer(const MutablePath& path)
 {
     m_rasterizer.reset(m_width, m_height);
     std::vector<double> xy;
@@ -122,35 +182,39 @@ void BitmapContext::fill(const MutablePath& path, FillRule rule, Paint paint)
         }
         m_rasterizer.addPolygon(xy.data(), subpath.points.size());
     }
-    m_rasterizer.rasterize(rule, antialiasing(), [&](int row, int x0, int x1, float coverage, const float* perPixel) {
-        if (perPixel)
-            paintCoverage(row, x0, x1, perPixel, paint);
-        else
-            paintSpan(row, x0, x1, coverage, paint);
-    });
 }
 
-void BitmapContext::paintSpan(int row, int x0, int x1, float coverage, Paint paint)
+void BitmapContext::fill(const MutablePath& path, FillRule rule, Paint paint)
+{
+    addToRasterizer(path);
+    std::uint8_t colour[4];
+    std::memcpy(colour, &m_fillPixel, 4);
+    m_rasterizer.rasterize(
+        rule, antialiasing(), [&](int row, int x0, int x1, const std::uint8_t* coverage, std::uint8_t rest) {
+            std::uint8_t* line = m_data + std::size_t(row) * m_bytesPerRow;
+            pixelkernels::paintCoverage(
+                coverage, colour, paint == Paint::Clear, line + std::size_t(x0) * 4, std::size_t(x1 - x0));
+            if (rest)
+                paintSpan(row, x1, m_width, rest, paint);
+        });
+}
+
+void BitmapContext::paintSpan(int row, int x0, int x1, std::uint8_t cover, Paint paint)
 {
     std::uint8_t* pixel = m_data + std::size_t(row) * m_bytesPerRow + std::size_t(x0) * 4;
     const std::size_t count = std::size_t(x1 - x0);
-    // Coverage is kept to the 8 bits the pixels can show: an interior that sums to 0.9999999
-    // is whole, and takes the fast paths below.
-    const unsigned cover = unsigned(coverage * 255 + 0.5f);
-    if (cover == 0)
-        return;
     if (paint == Paint::Clear) {
-        if (cover >= 255) {
+        if (cover == 255) {
             std::memset(pixel, 0, count * 4);
             return;
         }
         for (std::size_t i = 0; i < count * 4; ++i)
-            pixel[i] = std::uint8_t(divideBy255(pixel[i] * (255 - cover)));
+            pixel[i] = std::uint8_t(divideBy255(pixel[i] * (255u - cover)));
         return;
     }
     std::uint8_t source[4];
     std::memcpy(source, &m_fillPixel, 4);
-    if (cover >= 255 && source[3] == 255) {
+    if (cover == 255 && source[3] == 255) {
         // Opaque and fully covered: the run becomes the colour, as fast as memory takes it.
         fillPixels(pixel, count, source);
         return;
@@ -158,56 +222,9 @@ void BitmapContext::paintSpan(int row, int x0, int x1, float coverage, Paint pai
     // Source over: s = colour x coverage, d = s + d x (255 - s alpha) / 255, each rounded.
     unsigned covered[4];
     for (int c = 0; c < 4; ++c)
-        covered[c] = divideBy255(source[c] * std::min(cover, 255u));
+        covered[c] = divideBy255(source[c] * unsigned(cover));
     const unsigned keep = 255 - covered[3];
     for (std::size_t i = 0; i < count; ++i, pixel += 4) {
-        for (int c = 0; c < 4; ++c)
-            pixel[c] = std::uint8_t(std::min(255u, covered[c] + divideBy255(pixel[c] * keep)));
-    }
-}
-
-void BitmapContext::paintCoverage(int row, int x0, int x1, const float* coverage, Paint paint)
-{
-    std::uint8_t* pixel = m_data + std::size_t(row) * m_bytesPerRow + std::size_t(x0) * 4;
-    std::uint8_t source[4];
-    std::memcpy(source, &m_fillPixel, 4);
-    if (paint == Paint::FillColor && m_fillPixel == 0xFFFFFFFFu) {
-        // Opaque white, the colour of masks: every byte of a covered pixel is its coverage.
-        for (int x = x0; x < x1; ++x, pixel += 4) {
-            const unsigned cover = std::min(255u, unsigned(coverage[x - x0] * 255 + 0.5f));
-            std::uint32_t existing;
-            std::memcpy(&existing, pixel, 4);
-            if (existing == 0) {
-                const std::uint32_t word = cover * 0x01010101u;
-                std::memcpy(pixel, &word, 4);
-            } else if (cover) {
-                for (int c = 0; c < 4; ++c)
-                    pixel[c] = std::uint8_t(std::min(255u, cover + divideBy255(pixel[c] * (255 - cover))));
-            }
-        }
-        return;
-    }
-    for (int x = x0; x < x1; ++x, pixel += 4) {
-        const unsigned cover = unsigned(coverage[x - x0] * 255 + 0.5f);
-        if (cover == 0)
-            continue;
-        if (paint == Paint::Clear) {
-            for (int c = 0; c < 4; ++c)
-                pixel[c] = std::uint8_t(divideBy255(pixel[c] * (255 - std::min(cover, 255u))));
-            continue;
-        }
-        unsigned covered[4];
-        for (int c = 0; c < 4; ++c)
-            covered[c] = divideBy255(source[c] * std::min(cover, 255u));
-        std::uint32_t existing;
-        std::memcpy(&existing, pixel, 4);
-        if (existing == 0) {
-            // Over nothing the covered colour is the result: the usual case for a mask's edges.
-            for (int c = 0; c < 4; ++c)
-                pixel[c] = std::uint8_t(covered[c]);
-            continue;
-        }
-        const unsigned keep = 255 - covered[3];
         for (int c = 0; c < 4; ++c)
             pixel[c] = std::uint8_t(std::min(255u, covered[c] + divideBy255(pixel[c] * keep)));
     }

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <vector>
 
 namespace kit {
@@ -25,16 +26,40 @@ RefPtr<CIContext> CIContext::contextWithCGContextOptions(BitmapContext* context,
 
 bool CIContext::drawImageInRectFromRect(const CIImage* image, const Rect& inRect, const Rect& fromRect)
 {
-    if (!image || inRect.isEmpty() || fromRect.isEmpty())
+    return draw(image, inRect, fromRect, false);
+}
+
+bool CIContext::clearAndDrawImageInRectFromRect(const CIImage* image, const Rect& inRect, const Rect& fromRect)
+{
+    return draw(image, inRect, fromRect, true);
+}
+
+bool CIContext::draw(const CIImage* image, const Rect& inRect, const Rect& fromRect, bool replace)
+{
+    const long long W = m_context->width(), H = m_context->height();
+    auto clearAll = [&] {
+        for (long long row = 0; row < H; ++row)
+            std::memset(m_context->data() + std::size_t(row) * m_context->bytesPerRow(), 0, std::size_t(W) * 4);
+    };
+    if (!image || inRect.isEmpty() || fromRect.isEmpty()) {
+        if (replace)
+            clearAll();
         return true;
+    }
     const bool oneForOne = inRect.size == fromRect.size && whole(inRect.x()) && whole(inRect.y())
         && whole(fromRect.x()) && whole(fromRect.y()) && whole(inRect.width()) && whole(inRect.height());
-    if (!oneForOne)
+    if (!oneForOne) {
+        if (replace)
+            clearAll();
         return drawScaled(image, inRect, fromRect);
-    const long long W = m_context->width(), H = m_context->height();
+    }
     // The destination's pixels inside the bitmap, and the image pixels that land on them.
     const long long x0 = std::max(0LL, (long long)inRect.minX()), y0 = std::max(0LL, (long long)inRect.minY());
     const long long x1 = std::min(W, (long long)inRect.maxX()), y1 = std::min(H, (long long)inRect.maxY());
+    // Only a copy over the whole bitmap writes every pixel itself.
+    const bool writesAll = x0 == 0 && y0 == 0 && x1 == W && y1 == H;
+    if (replace && !writesAll)
+        clearAll();
     if (x1 <= x0 || y1 <= y0)
         return true;
     const long long dx = (long long)fromRect.minX() - (long long)inRect.minX();
@@ -42,7 +67,7 @@ bool CIContext::drawImageInRectFromRect(const CIImage* image, const Rect& inRect
     const auto topRow = (long long)flippedY(double(y1), double(H));
     std::uint8_t* first = m_context->data() + std::size_t(topRow) * m_context->bytesPerRow() + std::size_t(x0) * 4;
     return image->drawArea(int(x0 + dx), int(y0 + dy), int(x1 - x0), int(y1 - y0), first,
-                           std::ptrdiff_t(m_context->bytesPerRow()));
+        std::ptrdiff_t(m_context->bytesPerRow()), replace && writesAll);
 }
 
 bool CIContext::drawScaled(const CIImage* image, const Rect& inRect, const Rect& fromRect)

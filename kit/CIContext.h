@@ -21,9 +21,14 @@ public:
     /// bilinearly at pixel centres. False, with nothing drawn, when the image cannot be
     /// rendered (its scratch memory cannot be had or exceeds 2^28 pixels).
     bool drawImageInRectFromRect(const CIImage* image, const Rect& inRect, const Rect& fromRect);
+    /// Clears the whole bitmap to transparent black, then draws as drawImageInRectFromRect. When
+    /// the draw copies one for one over the whole bitmap, each pixel is written once and none is
+    /// read. False, with nothing drawn (the bitmap may be cleared), as the draw fails.
+    bool clearAndDrawImageInRectFromRect(const CIImage* image, const Rect& inRect, const Rect& fromRect);
 
 private:
     explicit CIContext(BitmapContext* context) : m_context(context) {}
+    bool draw(const CIImage* image, const Rect& inRect, const Rect& fromRect, bool replace);
     bool drawScaled(const CIImage* image, const Rect& inRect, const Rect& fromRect);
 
     RefPtr<BitmapContext> m_context;

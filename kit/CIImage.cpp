@@ -44,18 +44,44 @@ Area enclosing(const Rect& r)
     return { (long long)x0, (long long)y0, (long long)(x1 - x0), (long long)(y1 - y0) };
 }
 
+// Clears the pixels of `area` outside `inside` (a part of it), in memory whose first row is the
+// area's top row.
+void clearAround(const Area& area, const Area& inside, std::uint8_t* rgba, std::ptrdiff_t rowStride)
+{
+    const std::size_t rowBytes = std::size_t(area.width) * 4;
+    for (long long band = area.maxY(); band > area.y; --band) {
+        std::uint8_t* row = rgba + (area.maxY() - band) * rowStride;
+        if (inside.isEmpty() || band <= inside.y || band > inside.maxY()) {
+            std::memset(row, 0, rowBytes);
+            continue;
+        }
+        std::memset(row, 0, std::size_t(inside.x - area.x) * 4);
+        std::memset(row + (inside.maxX() - area.x) * 4, 0, std::size_t(area.maxX() - inside.maxX()) * 4);
+    }
+}
+
 // Images above this many pixels are not rendered: a bound on scratch memory.
 constexpr long long kMaxRenderPixels = 1LL << 28;
 
 // RAII for a recycled scratch block.
 class Scratch {
 public:
-    explicit Scratch(std::size_t bytes) : m_memory(MemoryRecycler::shared().allocate(bytes)) {}
+    explicit Scratch(std::size_t bytes)
+        : m_memory(bytes ? MemoryRecycler::shared().allocate(bytes) : nullptr)
+    {
+    }
     ~Scratch() { MemoryRecycler::shared().release(m_memory); }
     Scratch(const Scratch&) = delete;
     Scratch& operator=(const Scratch&) = delete;
     std::uint8_t* bytes() const { return static_cast<std::uint8_t*>(m_memory); }
     explicit operator bool() const { return m_memory != nullptr; }
+    /// Takes a block only when it turns out to be needed.
+    bool allocate(std::size_t bytes)
+    {
+        if (!m_memory)
+            m_memory = MemoryRecycler::shared().allocate(bytes);
+        return m_memory != nullptr;
+    }
 
 private:
     void* m_memory;
@@ -97,20 +123,24 @@ RefPtr<CIImage> CIImage::gaussianBlur(RefPtr<CIImage> input, double sigma)
     return image;
 }
 
-bool CIImage::drawArea(int x, int y, int width, int height, std::uint8_t* rgba, std::ptrdiff_t rowStride) const
+bool CIImage::drawArea(
+    int x, int y, int width, int height, std::uint8_t* rgba, std::ptrdiff_t rowStride, bool replace) const
 {
     if (width <= 0 || height <= 0 || !rgba)
         return true;
+    bool drawn = false;
     switch (m_kind) {
-    case Kind::Bitmap:
-        return drawBitmapArea(x, y, width, height, rgba, rowStride);
-    case Kind::GaussianBlur:
-        return drawBlurArea(x, y, width, height, rgba, rowStride);
+    case Kind::Bitmap: drawn = drawBitmapArea(x, y, width, height, rgba, rowStride, replace); break;
+    case Kind::GaussianBlur: drawn = drawBlurArea(x, y, width, height, rgba, rowStride, replace); break;
     }
-    return false;
+    // Outside its extent an image is transparent black: replacing writes that too.
+    if (drawn && replace)
+        clearAround({ x, y, width, height }, intersect({ x, y, width, height }, enclosing(m_extent)), rgba, rowStride);
+    return drawn;
 }
 
-bool CIImage::drawBitmapArea(int x, int y, int width, int height, std::uint8_t* rgba, std::ptrdiff_t rowStride) const
+bool CIImage::drawBitmapArea(
+    int x, int y, int width, int height, std::uint8_t* rgba, std::ptrdiff_t rowStride, bool replace) const
 {
     const Area area { x, y, width, height };
     const Area inside = intersect(area, enclosing(m_extent));
@@ -130,19 +160,23 @@ bool CIImage::drawBitmapArea(int x, int y, int width, int height, std::uint8_t* 
                 word = std::rotr(word, 8);
         }
         std::uint8_t* out = rgba + outRow * rowStride + (inside.x - area.x) * 4;
-        pixelkernels::compositeOver(reinterpret_cast<const std::uint8_t*>(row.data()), out, row.size());
+        if (replace)
+            std::memcpy(out, row.data(), row.size() * 4);
+        else
+            pixelkernels::compositeOver(reinterpret_cast<const std::uint8_t*>(row.data()), out, row.size());
     }
     return true;
 }
 
-bool CIImage::drawBlurArea(int x, int y, int width, int height, std::uint8_t* rgba, std::ptrdiff_t rowStride) const
+bool CIImage::drawBlurArea(
+    int x, int y, int width, int height, std::uint8_t* rgba, std::ptrdiff_t rowStride, bool replace) const
 {
     const Area area { x, y, width, height };
     const Area wanted = intersect(area, enclosing(m_extent));
     if (wanted.isEmpty())
         return true;
     if (GaussianBlur(m_sigma).isIdentity())
-        return m_input->drawArea(x, y, width, height, rgba, rowStride);
+        return m_input->drawArea(x, y, width, height, rgba, rowStride, replace);
     const Area inputArea = enclosing(m_input->extent());
     // The recursion runs over everything the input covers and the wanted pixels; outside the
     // input it reads transparent black.
@@ -162,9 +196,8 @@ bool CIImage::drawBlurArea(int x, int y, int width, int height, std::uint8_t* rg
     } else {
         if (!rendered)
             return false;
-        std::memset(rendered.bytes(), 0, std::size_t(inputArea.width * inputArea.height * 4));
         if (!m_input->drawArea(int(inputArea.x), int(inputArea.y), int(inputArea.width), int(inputArea.height),
-                               rendered.bytes(), std::ptrdiff_t(inputArea.width * 4)))
+                rendered.bytes(), std::ptrdiff_t(inputArea.width * 4), true))
             return false;
         source.pixels = rendered.bytes();
         source.rowStride = std::ptrdiff_t(inputArea.width * 4);
@@ -184,17 +217,24 @@ bool CIImage::drawBlurArea(int x, int y, int width, int height, std::uint8_t* rg
     const GaussianBlur blur(m_sigma);
     BlurSourceFacts facts;
     source.shift = shifts[3];
-    Scratch colour(std::size_t(wanted.width * wanted.height * 4));
-    if (!colour)
-        return false;
-    bool general = false;
+    // Grey and black images write alpha straight out; only coloured ones need a place for it.
+    Scratch colour(0);
+    bool general = false, colourHad = true;
     auto alphaSink = [&](int, int, const std::uint8_t* plane, std::ptrdiff_t stride) {
         general = !facts.othersEqualChannel && !facts.othersZero;
+        if (general && !colour.allocate(std::size_t(wanted.width * wanted.height * 4))) {
+            colourHad = false;
+            return;
+        }
         for (long long r = 0; r < wanted.height; ++r) {
             const std::uint8_t* values = plane + (firstRow + r) * stride + firstColumn;
             if (!general) {
-                pixelkernels::compositeValuesOver(values, facts.othersEqualChannel, out + r * rowStride,
-                                                  std::size_t(wanted.width));
+                if (replace)
+                    pixelkernels::writeValues(
+                        values, facts.othersEqualChannel, out + r * rowStride, std::size_t(wanted.width));
+                else
+                    pixelkernels::compositeValuesOver(
+                        values, facts.othersEqualChannel, out + r * rowStride, std::size_t(wanted.width));
                 continue;
             }
             std::uint8_t* pixels = colour.bytes() + r * wanted.width * 4;
@@ -202,7 +242,7 @@ bool CIImage::drawBlurArea(int x, int y, int width, int height, std::uint8_t* rg
                 pixels[4 * c + 3] = values[c];
         }
     };
-    if (!blur.blurChannel(source, int(domain.width), int(domain.height), alphaSink, &facts))
+    if (!blur.blurChannel(source, int(domain.width), int(domain.height), alphaSink, &facts) || !colourHad)
         return false;
     if (!general)
         return true;
@@ -220,8 +260,13 @@ bool CIImage::drawBlurArea(int x, int y, int width, int height, std::uint8_t* rg
         if (!blur.blurChannel(source, int(domain.width), int(domain.height), colourSink))
             return false;
     }
-    for (long long r = 0; r < wanted.height; ++r)
-        pixelkernels::compositeOver(colour.bytes() + r * wanted.width * 4, out + r * rowStride, std::size_t(wanted.width));
+    for (long long r = 0; r < wanted.height; ++r) {
+        const std::uint8_t* pixels = colour.bytes() + r * wanted.width * 4;
+        if (replace)
+            std::memcpy(out + r * rowStride, pixels, std::size_t(wanted.width) * 4);
+        else
+            pixelkernels::compositeOver(pixels, out + r * rowStride, std::size_t(wanted.width));
+    }
     return true;
 }
 

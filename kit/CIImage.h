@@ -36,9 +36,11 @@ public:
     Rect extent() const { return m_extent; }
 
     /// Renders the pixels of the whole-pixel area (x, y, width, height) and draws them source over
-    /// into RGBA memory whose first row is the area's top row. False, with nothing drawn, when
-    /// the memory for the work cannot be had.
-    bool drawArea(int x, int y, int width, int height, std::uint8_t* rgba, std::ptrdiff_t rowStride) const;
+    /// into RGBA memory whose first row is the area's top row. With `replace` the memory is
+    /// taken as transparent black: every pixel of the area is written and none is read. False,
+    /// with nothing drawn, when the memory for the work cannot be had.
+    bool drawArea(
+        int x, int y, int width, int height, std::uint8_t* rgba, std::ptrdiff_t rowStride, bool replace = false) const;
 
 private:
     enum class Kind {
@@ -46,8 +48,10 @@ private:
         GaussianBlur,
     };
     explicit CIImage(Kind kind) : m_kind(kind) {}
-    bool drawBitmapArea(int x, int y, int width, int height, std::uint8_t* rgba, std::ptrdiff_t rowStride) const;
-    bool drawBlurArea(int x, int y, int width, int height, std::uint8_t* rgba, std::ptrdiff_t rowStride) const;
+    bool drawBitmapArea(
+        int x, int y, int width, int height, std::uint8_t* rgba, std::ptrdiff_t rowStride, bool replace) const;
+    bool drawBlurArea(
+        int x, int y, int width, int height, std::uint8_t* rgba, std::ptrdiff_t rowStride, bool replace) const;
 
     Kind m_kind;
     Rect m_extent;

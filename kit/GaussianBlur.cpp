@@ -132,16 +132,14 @@ void GaussianBlur::blurSpan(double from, double to, int length, float* out) cons
     if (length <= 0)
         return;
     const double a = std::clamp(from, 0.0, double(length)), b = std::clamp(to, 0.0, double(length));
-    std::fill(out, out + length, 0.0f);
-    if (!(b > a))
+    if (!(b > a)) {
+        std::fill(out, out + length, 0.0f);
         return;
+    }
     const SpanPixels span(a, b);
     if (isIdentity()) {
-        for (long long p = std::max(0LL, span.left == -1 ? span.first : span.left); p < length; ++p) {
+        for (long long p = 0; p < length; ++p)
             out[p] = float(span.coverage(p));
-            if (p >= span.end && p > span.right)
-                break;
-        }
         return;
     }
     // Weights beyond 12 sigma are below 1e-31 of the centre; none beyond the line matters.
@@ -154,7 +152,8 @@ void GaussianBlur::blurSpan(double from, double to, int length, float* out) cons
         below[std::size_t(n + reach + 1)] = below[std::size_t(n + reach)] + weight[std::size_t(n + reach)];
     }
     // The weights from n = -reach up to k: a whole run of covered pixels costs two look-ups.
-    auto upTo = [&](long long k) { return below[std::size_t(std::clamp(k, -1LL - reach, (long long)reach) + reach + 1)]; };
+    auto upTo
+        = [&](long long k) { return below[std::size_t(std::clamp(k, -1LL - reach, (long long)reach) + reach + 1)]; };
     auto at = [&](long long n) { return n < -reach || n > reach ? 0.0 : weight[std::size_t(n + reach)]; };
     for (long long i = 0; i < length; ++i) {
         double value = span.end > span.first ? upTo(span.end - 1 - i) - upTo(span.first - 1 - i) : 0.0;

@@ -148,9 +148,9 @@ bool MutablePath::isAxisAlignedRectangle(Point& low, Point& high) const
     if (count != 4)
         return false;
     low = high = corners[0];
-    for (Point p : corners) {
-        low = { std::min(low.x, p.x), std::min(low.y, p.y) };
-        high = { std::max(high.x, p.x), std::max(high.y, p.y) };
+    for (std::size_t i = 1; i < 4; ++i) {
+        low = { std::min(low.x, corners[i].x), std::min(low.y, corners[i].y) };
+        high = { std::max(high.x, corners[i].x), std::max(high.y, corners[i].y) };
     }
     if (!(low.x < high.x) || !(low.y < high.y))
         return false;

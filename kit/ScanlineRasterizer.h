@@ -1,6 +1,10 @@
 // ScanlineRasterizer: exact-area coverage of filled polygons, one pixel row at a time.
 #pragma once
 
+#include "kit/ScanlineRasterizerKernels.h"
+
+#include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <vector>
 
@@ -12,44 +16,46 @@ enum class FillRule {
 };
 
 /// Turns closed polygons in device space (x right, y down, pixel (x, y) the unit square at
-/// (x, y)) into coverage. With antialiasing each pixel's coverage is the area of the pixel
-/// inside the shape, computed analytically from the edges (exact wherever edges of opposite or
-/// overlapping windings do not share a pixel); without it a pixel is in or out by its centre.
-/// Work is proportional to the rows and edge crossings, not to the area: the insides of spans
-/// arrive as single runs.
+/// (x, y)) into 8-bit coverage. With antialiasing each pixel's coverage is the area of the
+/// pixel inside the shape, computed analytically from the edges (exact wherever edges of
+/// opposite or overlapping windings do not share a pixel) and rounded to 8 bits; without it a
+/// pixel is in (255) or out (0) by its centre. Work is proportional to the rows and to the
+/// width between each row's leftmost and rightmost edge, with no per-pixel branches.
 class ScanlineRasterizer {
 public:
-    /// Coverage of pixels x0 .. x1-1 of row y: `coverage` for each of them when `perPixel` is
-    /// null (0 < coverage <= 1), otherwise perPixel[x - x0] (0 to 1) for each pixel x.
-    using SpanSink = std::function<void(int y, int x0, int x1, float coverage, const float* perPixel)>;
+    /// One row's coverage, 0 to 255: pixels left of x0 are 0, pixel x of x0 .. x1-1 has
+    /// coverage[x - x0], and every pixel from x1 to the clip's right side has `rest`. Rows
+    /// that no edge reaches are not handed on; they are empty.
+    using RowSink = std::function<void(int y, int x0, int x1, const std::uint8_t* coverage, std::uint8_t rest)>;
 
     /// Clears the edges and sets the clip: pixels 0 .. width-1, rows 0 .. height-1.
     void reset(int width, int height);
     /// One closed polygon (the last point joins the first).
     void addPolygon(const double* xy, std::size_t pointCount);
     void addEdge(double x0, double y0, double x1, double y1);
-    /// Calls `sink` for every covered run, rows top to bottom, left to right within a row.
-    void rasterize(FillRule rule, bool antialias, const SpanSink& sink);
+    /// Calls `sink` for every row that an edge reaches, top to bottom.
+    void rasterize(FillRule rule, bool antialias, const RowSink& sink);
 
 private:
-    struct Edge {
-        double x0, y0, x1, y1; // y0 < y1
-        double dxdy;
-        float winding; // +1 for an edge that went down, -1 for one that went up
-    };
-    void accumulateRow(const Edge& e, int row);
-    void accumulateSegment(double xa, double xb, float dy);
-    void sweepRow(int row, FillRule rule, const SpanSink& sink);
-    void emitVarying(int row, int first, int end, const SpanSink& sink);
-    void rasterizeAliased(FillRule rule, const SpanSink& sink);
+    using Edge = rasterkernels::Edge;
+    void accumulateRow(int row);
+    void accumulateClipped(const Edge& e, int row, rasterkernels::RowCells& cells);
+    void sweepRow(int row, FillRule rule, const RowSink& sink);
+    void rasterizeAliased(FillRule rule, const RowSink& sink);
 
     int m_width = 0;
     int m_height = 0;
     std::vector<Edge> m_edges;
-    // Per row: signed area deltas of width + 2 cells and the cell ranges touched.
+    std::vector<Edge> m_active;
+    std::vector<std::uint32_t> m_clipped;
+    // Signed area deltas of width + 2 cells (and room for whole vectors past them): a running
+    // sum along a row is the coverage. The row's touched cells lie in m_first .. m_last.
     std::vector<float> m_cells;
-    std::vector<std::pair<int, int>> m_touched;
-    std::vector<float> m_rowCoverage;
+    int m_first = 0;
+    int m_last = -1;
+    // One bit for each stretch of cells that a piece of an edge reached in this row.
+    std::vector<std::uint64_t> m_touched;
+    std::vector<std::uint8_t> m_rowCoverage;
 };
 
 } // namespace kit

@@ -56,14 +56,28 @@ struct Layout {
     int height = 0;
 };
 
-// Allocates and clears the pixel block, or returns null.
-unsigned char* clearedBlock(const Layout& layout)
+std::size_t blockBytes(const Layout& layout) { return std::size_t(layout.width) * std::size_t(layout.height) * 4; }
+
+unsigned char* block(const Layout& layout)
 {
-    const std::size_t bytes = std::size_t(layout.width) * std::size_t(layout.height) * 4;
-    auto* data = static_cast<unsigned char*>(kit::MemoryRecycler::shared().allocate(bytes));
-    if (data)
-        std::memset(data, 0, bytes);
-    return data;
+    return static_cast<unsigned char*>(kit::MemoryRecycler::shared().allocate(blockBytes(layout)));
+}
+
+int handOver(IMAGE_BUFFER& buffer, kit::Point& origin, const Layout& layout, unsigned char* data)
+{
+    buffer.nWidth = layout.width;
+    buffer.nHeight = layout.height;
+    buffer.pData = data;
+    origin = layout.origin;
+    return kGraphicsToBufferDone;
+}
+
+kit::RefPtr<kit::BitmapContext> antialiasedContext(const Layout& layout, unsigned char* data)
+{
+    auto context = MyCreateBitmapContext(layout.width, layout.height, data, 0);
+    context->setAllowsAntialiasing(true);
+    context->setShouldAntialias(true);
+    return context;
 }
 
 void setFillColor(kit::BitmapContext& context, COLOR_STRUCT color)
@@ -72,41 +86,54 @@ void setFillColor(kit::BitmapContext& context, COLOR_STRUCT color)
 }
 
 // Replaces the sharp shape by its blur: the image reads a copy, the buffer is cleared and the
-// blurred copy drawn back over exactly the buffer's rectangle.
-bool featherStep(kit::BitmapContext& context, unsigned char* data, const Layout& layout, float feather)
+// blurred copy drawn back over exactly the buffer's rectangle, both in one pass.
+bool featherStep(kit::BitmapContext& context, const Layout& layout, float feather)
 {
-    auto [image, copy] = CICreateCIImage(data, layout.width, layout.height, feather);
+    auto [image, copy] = CICreateCIImage(context.data(), layout.width, layout.height, feather);
     if (!image)
         return false;
-    std::memset(data, 0, std::size_t(layout.width) * std::size_t(layout.height) * 4);
     auto ciContext = kit::CIContext::contextWithCGContextOptions(&context, nullptr);
     const kit::Rect whole(0, 0, float(layout.width), float(layout.height));
-    const bool drawn = ciContext->drawImageInRectFromRect(image.get(), whole, whole);
+    const bool drawn = ciContext->clearAndDrawImageInRectFromRect(image.get(), whole, whole);
     image.clear();
     kit::MemoryRecycler::shared().release(copy);
     return drawn;
 }
 
-// Fills a fresh buffer with `draw` and feathers it; hands it over only when all went well.
+// Fills a fresh buffer with `draw`, which clears it too, and feathers it; hands it over only
+// when all went well.
 template <typename Draw>
 int rasterize(IMAGE_BUFFER& buffer, kit::Point& origin, const Layout& layout, float feather, Draw&& draw)
 {
-    unsigned char* data = clearedBlock(layout);
+    unsigned char* data = block(layout);
     if (!data)
         return kGraphicsToBufferNoContext;
-    auto context = MyCreateBitmapContext(layout.width, layout.height, data, 0);
-    context->setAllowsAntialiasing(true);
-    context->setShouldAntialias(true);
+    auto context = antialiasedContext(layout, data);
     draw(*context);
-    if (isFeathered(feather) && !featherStep(*context, data, layout, feather)) {
+    if (isFeathered(feather) && !featherStep(*context, layout, feather)) {
         kit::MemoryRecycler::shared().release(data);
         return kGraphicsToBufferNoContext;
     }
-    buffer.nWidth = layout.width;
-    buffer.nHeight = layout.height;
-    buffer.pData = data;
-    origin = layout.origin;
-    return kGraphicsToBufferDone;
+    return handOver(buffer, origin, layout, data);
+}
+
+// A box along the axes covers each pixel by the product of its coverage along x and along y,
+// and the separable blur of that product is the product of the two lines' blurs. So the
+// clear, the fill and the feather step collapse into one write of every pixel, with the same
+// result up to the rounding to 8 bits.
+int rasterizeBox(IMAGE_BUFFER& buffer, kit::Point& origin, const Layout& layout, COLOR_STRUCT fillColor, float feather,
+    kit::Point low, kit::Point high)
+{
+    unsigned char* data = block(layout);
+    if (!data)
+        return kGraphicsToBufferNoContext;
+    auto context = antialiasedContext(layout, data);
+    setFillColor(*context, fillColor);
+    if (!context->replaceWithBlurredBox(low, high, isFeathered(feather) ? double(feather) : 0.0)) {
+        kit::MemoryRecycler::shared().release(data);
+        return kGraphicsToBufferNoContext;
+    }
+    return handOver(buffer, origin, layout, data);
 }
 
 // The polygon's buffer placement: integer bounds truncated toward zero, then the margins.
@@ -203,15 +230,18 @@ int CreateImageBufferFromPolygon(IMAGE_BUFFER& buffer, kit::Point& origin, const
     Layout layout;
     if (!polygonLayout(vertices, count, feather, layout))
         return kGraphicsToBufferRefused;
+    // The vertices as given, moved into the buffer; the fill closes the figure.
+    auto path = kit::MutablePath::create();
+    const kit::AffineTransform move = kit::AffineTransformMakeTranslation(-layout.origin.x, -layout.origin.y);
+    path->addLines(&move, vertices, count);
+    kit::Point low, high;
+    if (path->isAxisAlignedRectangle(low, high))
+        return rasterizeBox(buffer, origin, layout, fillColor, feather, low, high);
     return rasterize(buffer, origin, layout, feather, [&](kit::BitmapContext& context) {
-        // The vertices as given, moved into the buffer; the fill closes the figure.
-        auto path = kit::MutablePath::create();
-        const kit::AffineTransform move = kit::AffineTransformMakeTranslation(-layout.origin.x, -layout.origin.y);
-        path->addLines(&move, vertices, count);
         context.beginPath();
         context.addPath(*path);
         setFillColor(context, fillColor);
-        context.fillPath();
+        context.clearAndFillPath();
     });
 }
 
@@ -233,8 +263,10 @@ int CreateImageBufferFromEllipse(IMAGE_BUFFER& buffer, kit::Point& origin, kit::
         return kGraphicsToBufferRefused;
     return rasterize(buffer, origin, layout, feather, [&](kit::BitmapContext& context) {
         setFillColor(context, fillColor);
-        context.fillEllipseInRect(
+        context.beginPath();
+        context.addEllipseInRect(
             kit::Rect(rect.x() - layout.origin.x, rect.y() - layout.origin.y, rect.width(), rect.height()));
+        context.clearAndFillPath();
     });
 }
 

@@ -1,5 +1,8 @@
-// Drawing into bitmap memory: exact-area coverage, the y-up flip, fill rules and paint modes.
+// Drawing into bitmap memory: exact-area coverage, the y-up flip, fill rules, paint modes and boxes.
 #include "kit/BitmapContext.h"
+#include "kit/CIContext.h"
+#include "kit/CIImage.h"
+#include "kit/GaussianBlur.h"
 #include "kit/MutablePath.h"
 #include "kit/ScanlineRasterizer.h"
 
@@ -13,8 +16,8 @@ namespace {
 
 using Polygon = std::vector<std::pair<double, double>>;
 
-// Coverage below half an 8-bit step is not handed on; anything else must be exact to this.
-constexpr double kHalfStep = 0.5 / 255;
+// Coverage comes rounded to 8 bits: the exact area to within half a step (and float rounding).
+constexpr double kHalfStep = 0.5 / 255 + 1e-6;
 
 // Area of a polygon clipped to the unit square at (px, py): Sutherland-Hodgman, then the
 // shoelace formula. Exact for the convex test shapes, independent of the rasteriser.
@@ -70,13 +73,14 @@ std::vector<float> coverage(const Polygon& polygon, int width, int height, kit::
     rasterizer.reset(width, height);
     rasterizer.addPolygon(xy.data(), polygon.size());
     std::vector<float> out(std::size_t(width * height), 0);
-    rasterizer.rasterize(rule, antialias, [&](int y, int x0, int x1, float c, const float* perPixel) {
+    rasterizer.rasterize(rule, antialias, [&](int y, int x0, int x1, const std::uint8_t* c, std::uint8_t rest) {
         ASSERT_GE(x0, 0);
+        ASSERT_LE(x0, x1);
         ASSERT_LE(x1, width);
         ASSERT_GE(y, 0);
         ASSERT_LT(y, height);
-        for (int x = x0; x < x1; ++x)
-            out[std::size_t(y * width + x)] += perPixel ? perPixel[x - x0] : c;
+        for (int x = 0; x < width; ++x)
+            out[std::size_t(y * width + x)] += x < x0 ? 0 : x < x1 ? c[x - x0] / 255.0f : rest / 255.0f;
     });
     return out;
 }
@@ -115,9 +119,9 @@ TEST(ScanlineRasterizer, FillRulesDifferOnlyWhereWindingsOverlap)
         rasterizer.addPolygon(outer.data(), 4);
         rasterizer.addPolygon(inner.data(), 4);
         std::vector<float> out(100, 0);
-        rasterizer.rasterize(rule, true, [&](int y, int x0, int x1, float c, const float* perPixel) {
-            for (int x = x0; x < x1; ++x)
-                out[std::size_t(y * 10 + x)] = perPixel ? perPixel[x - x0] : c;
+        rasterizer.rasterize(rule, true, [&](int y, int x0, int x1, const std::uint8_t* c, std::uint8_t rest) {
+            for (int x = x0; x < 10; ++x)
+                out[std::size_t(y * 10 + x)] = (x < x1 ? c[x - x0] : rest) / 255.0f;
         });
         EXPECT_FLOAT_EQ(out[2 * 10 + 2], 1); // between the squares
         EXPECT_FLOAT_EQ(out[5 * 10 + 5], rule == kit::FillRule::NonZero ? 1 : 0) << "inside both";
@@ -143,6 +147,95 @@ TEST(ScanlineRasterizer, ShapesBeyondTheClipKeepTheAreaInsideIt)
     for (int y = 0; y < 10; ++y)
         for (int x = 0; x < 10; ++x)
             ASSERT_NEAR(got[std::size_t(y * 10 + x)], pixelArea(polygon, x, y), kHalfStep) << x << "," << y;
+}
+
+TEST(ScanlineRasterizer, LongShallowEdgesHolesAndTheClipKeepExactAreas)
+{
+    // A star whose points reach past the left and right sides, with edges from nearly flat to
+    // nearly vertical, and a square ring wider than the stretches the sweep skips: rows whose
+    // middle no edge touches must keep the running value there (empty inside the ring).
+    Polygon star;
+    for (int i = 0; i < 22; ++i) {
+        const double angle = 2 * M_PI * i / 22 + 0.05, radius = i % 2 ? 30 : 130;
+        star.emplace_back(100.3 + radius * std::cos(angle), 40.6 + 0.35 * radius * std::sin(angle));
+    }
+    const auto got = coverage(star, 200, 80, kit::FillRule::NonZero, true);
+    for (int y = 0; y < 80; ++y)
+        for (int x = 0; x < 200; ++x)
+            ASSERT_NEAR(got[std::size_t(y * 200 + x)], pixelArea(star, x, y), kHalfStep) << x << "," << y;
+
+    // A sliver whose edges cross whole stretches of cells within one row.
+    const Polygon sliver = { { 5.5, 10.2 }, { 190.25, 11.7 }, { 3.75, 11.9 } };
+    const auto thin = coverage(sliver, 200, 16, kit::FillRule::NonZero, true);
+    for (int y = 0; y < 16; ++y)
+        for (int x = 0; x < 200; ++x)
+            ASSERT_NEAR(thin[std::size_t(y * 200 + x)], pixelArea(sliver, x, y), kHalfStep) << x << "," << y;
+
+    const Polygon outer = { { 2.5, 1.25 }, { 197.75, 1.25 }, { 197.75, 30.5 }, { 2.5, 30.5 } };
+    const Polygon inner = { { 6.25, 4.5 }, { 6.25, 27.75 }, { 193.5, 27.75 }, { 193.5, 4.5 } }; // the other way round
+    std::vector<double> xy;
+    for (const Polygon* polygon : { &outer, &inner }) {
+        for (auto [x, y] : *polygon) {
+            xy.push_back(x);
+            xy.push_back(y);
+        }
+    }
+    kit::ScanlineRasterizer rasterizer;
+    rasterizer.reset(200, 32);
+    rasterizer.addPolygon(xy.data(), 4);
+    rasterizer.addPolygon(xy.data() + 8, 4);
+    std::vector<float> ring(200 * 32, 0);
+    rasterizer.rasterize(
+        kit::FillRule::NonZero, true, [&](int y, int x0, int x1, const std::uint8_t* c, std::uint8_t rest) {
+            for (int x = x0; x < 200; ++x)
+                ring[std::size_t(y * 200 + x)] = (x < x1 ? c[x - x0] : rest) / 255.0f;
+        });
+    for (int y = 0; y < 32; ++y)
+        for (int x = 0; x < 200; ++x)
+            ASSERT_NEAR(ring[std::size_t(y * 200 + x)], pixelArea(outer, x, y) - pixelArea(inner, x, y), kHalfStep)
+                << x << "," << y;
+}
+
+TEST(MutablePath, FindsAnAxisAlignedRectangleFromAnyCornerEitherWay)
+{
+    const kit::Point a { 1.5f, 2 }, b { 1.5f, 7.25f }, c { 9, 7.25f }, d { 9, 2 };
+    const std::vector<std::vector<kit::Point>> rectangles = {
+        { a, b, c, d }, { c, d, a, b }, { d, c, b, a }, { b, a, d, c },
+        { a, b, c, d, a }, // closed by repeating the first corner
+        { a, a, b, c, c, d }, // corners clicked twice
+    };
+    for (const auto& points : rectangles) {
+        auto path = kit::MutablePath::create();
+        path->addLines(nullptr, points.data(), int(points.size()));
+        kit::Point low, high;
+        ASSERT_TRUE(path->isAxisAlignedRectangle(low, high)) << points.size();
+        EXPECT_EQ(low, a);
+        EXPECT_EQ(high, c);
+    }
+    const kit::Point m { 5, 2 }, nan { NAN, 2 };
+    const std::vector<std::vector<kit::Point>> others = {
+        { a, c, b, d }, // the same corners crossed: a bow tie
+        { a, b, c }, // a triangle
+        { a, b, c, d, m }, // a fifth corner on a side
+        { a, b, a, b }, // back and forth along a side
+        { a, b, c, b }, // back along a side
+        { a, { 1.5f, 2 }, { 9, 2 }, d }, // no height
+        { a, b, c, nan },
+        { a, { 1.5f, 7.25f }, { 9.5f, 7.25f }, d }, // a side off the axis
+        { a, b, c, d, a, b },
+    };
+    for (const auto& points : others) {
+        auto path = kit::MutablePath::create();
+        path->addLines(nullptr, points.data(), int(points.size()));
+        kit::Point low, high;
+        EXPECT_FALSE(path->isAxisAlignedRectangle(low, high)) << points.size();
+    }
+    // Two subpaths are never one rectangle.
+    auto two = kit::MutablePath::create();
+    two->addLines(nullptr, rectangles[0].data(), 4);
+    two->addLines(nullptr, rectangles[0].data(), 4);
+    kit::Point low, high;
+    EXPECT_FALSE(two->isAxisAlignedRectangle(low, high));
 }
 
 struct Canvas {
@@ -290,6 +383,155 @@ TEST(BitmapContext, ClearRectMakesPixelsTransparentEvenOnPartialEdges)
     EXPECT_EQ(canvas.at(1, 0)[3], 0);
     EXPECT_NEAR(canvas.at(2, 0)[3], 127.5, 0.5);
     EXPECT_EQ(canvas.at(3, 0)[3], 255);
+}
+
+// Fills the pixels with a pattern that a fill over them must either keep or replace.
+void scribble(Canvas& canvas, unsigned seed)
+{
+    std::mt19937 random(seed);
+    for (std::size_t i = 0; i < canvas.pixels.size(); i += 4) {
+        const auto alpha = std::uint8_t(random() % 256);
+        for (int c = 0; c < 3; ++c)
+            canvas.pixels[i + std::size_t(c)] = std::uint8_t(random() % (alpha + 1));
+        canvas.pixels[i + 3] = alpha;
+    }
+}
+
+TEST(BitmapContext, ClearAndFillPathIsClearRectThenFillPathInOnePass)
+{
+    // A concave shape reaching past three sides, in a colour and in white, over old pixels.
+    const kit::Point shape[6] = { { -4, 3 }, { 30.5f, -2.25f }, { 12, 9.5f }, { 41, 17.75f }, { 6.5f, 21 }, { 9, 11 } };
+    for (bool white : { false, true }) {
+        Canvas a(37, 19), b(37, 19);
+        scribble(a, 3);
+        scribble(b, 3);
+        for (Canvas* canvas : { &a, &b }) {
+            canvas->context->setRGBFillColor(white ? 1 : 0.8f, white ? 1 : 0.3f, white ? 1 : 0.1f, white ? 1 : 0.7f);
+            canvas->context->beginPath();
+            canvas->context->moveToPoint(shape[0].x, shape[0].y);
+            for (int i = 1; i < 6; ++i)
+                canvas->context->addLineToPoint(shape[i].x, shape[i].y);
+        }
+        a.context->clearAndFillPath();
+        auto path = kit::MutablePath::create();
+        path->addLines(nullptr, shape, 6);
+        b.context->clearRect(kit::Rect(0, 0, 37, 19));
+        b.context->beginPath();
+        b.context->addPath(*path);
+        b.context->fillPath();
+        EXPECT_TRUE(a.context->isPathEmpty());
+        EXPECT_EQ(a.pixels, b.pixels) << (white ? "white" : "colour");
+    }
+}
+
+// The exact blur of a box's coverage in double precision, straight from the definition: the
+// area of each pixel inside the box, convolved in two dimensions with the sampled Gaussian,
+// zero outside the bitmap. Memory rows top first.
+std::vector<double> exactBlurredBox(int w, int h, double x0, double y0, double x1, double y1, double sigma)
+{
+    auto overlap = [](double from, double to, int p) {
+        return std::max(0.0, std::min(to, p + 1.0) - std::max(from, double(p)));
+    };
+    std::vector<double> sharp(std::size_t(w * h));
+    for (int row = 0; row < h; ++row)
+        for (int x = 0; x < w; ++x)
+            sharp[std::size_t(row * w + x)] = overlap(x0, x1, x) * overlap(y0, y1, h - 1 - row);
+    if (sigma < kit::GaussianBlur::kIdentityBelow)
+        return sharp;
+    const int reach = int(std::ceil(12 * sigma)) + 2;
+    double sum = 0;
+    for (int n = -reach; n <= reach; ++n)
+        sum += std::exp(-n * n / (2 * sigma * sigma));
+    std::vector<double> out(sharp.size(), 0);
+    for (int row = 0; row < h; ++row)
+        for (int x = 0; x < w; ++x)
+            for (int r = std::max(0, row - reach); r <= std::min(h - 1, row + reach); ++r)
+                for (int c = std::max(0, x - reach); c <= std::min(w - 1, x + reach); ++c)
+                    out[std::size_t(row * w + x)] += sharp[std::size_t(r * w + c)]
+                        * std::exp(-((r - row) * (r - row) + (c - x) * (c - x)) / (2 * sigma * sigma)) / (sum * sum);
+    return out;
+}
+
+TEST(BitmapContext, ABlurredBoxIsTheExactBlurOfItsCoverageRoundedOnce)
+{
+    struct Case {
+        kit::Rect box;
+        double sigma;
+    };
+    // Boxes inside, within one pixel, and cut by every side of the 23 x 17 bitmap; sigmas from
+    // none through below the identity limit to wider than the bitmap.
+    const std::vector<Case> cases = {
+        { kit::Rect(3.25f, 2.5f, 11.5f, 9.75f), 0 },
+        { kit::Rect(3.25f, 2.5f, 11.5f, 9.75f), 0.1 },
+        { kit::Rect(3.25f, 2.5f, 11.5f, 9.75f), 0.5 },
+        { kit::Rect(3.25f, 2.5f, 11.5f, 9.75f), 2.5 },
+        { kit::Rect(7.2f, 8.1f, 0.5f, 0.25f), 1.5 },
+        { kit::Rect(-4.5f, -3.25f, 14, 30), 3 },
+        { kit::Rect(15.75f, 10.5f, 20, 20), 10 },
+        { kit::Rect(0.5f, 0.5f, 22, 16), 100 },
+    };
+    for (const Case& c : cases) {
+        Canvas canvas(23, 17);
+        scribble(canvas, 11);
+        canvas.context->setRGBFillColor(1, 1, 1, 1);
+        ASSERT_TRUE(canvas.context->replaceWithBlurredBox(
+            { c.box.minX(), c.box.minY() }, { c.box.maxX(), c.box.maxY() }, c.sigma));
+        const auto exact = exactBlurredBox(23, 17, c.box.minX(), c.box.minY(), c.box.maxX(), c.box.maxY(), c.sigma);
+        for (int row = 0; row < 17; ++row)
+            for (int x = 0; x < 23; ++x) {
+                const std::uint8_t* p = canvas.at(x, row);
+                ASSERT_NEAR(p[3], 255 * exact[std::size_t(row * 23 + x)], 0.501)
+                    << x << "," << row << " sigma " << c.sigma;
+                ASSERT_TRUE(p[0] == p[3] && p[1] == p[3] && p[2] == p[3]) << "white stays grey";
+            }
+    }
+}
+
+TEST(BitmapContext, ABlurredBoxKeepsTheFillColourPremultipliedAndTheAntialiasingSwitch)
+{
+    // A colour: each byte is that byte of the premultiplied colour times the coverage.
+    Canvas colour(12, 6);
+    colour.context->setRGBFillColor(1, 0.5f, 0.25f, 0.5f); // premultiplied 128, 64, 32, 128
+    ASSERT_TRUE(colour.context->replaceWithBlurredBox({ 2, 1 }, { 9.5f, 5 }, 0));
+    const std::uint8_t expected[4] = { 64, 32, 16, 64 }; // half of pixel 9
+    for (int c = 0; c < 4; ++c) {
+        EXPECT_EQ(colour.at(5, 2)[c], expected[c] * 2) << c;
+        EXPECT_EQ(colour.at(9, 2)[c], expected[c]) << c;
+        EXPECT_EQ(colour.at(11, 2)[c], 0) << c;
+    }
+    // Without antialiasing the box snaps to the pixels whose centres it holds, as fills do.
+    Canvas box(12, 6), fill(12, 6);
+    for (Canvas* canvas : { &box, &fill }) {
+        canvas->context->setShouldAntialias(false);
+        canvas->context->setRGBFillColor(1, 1, 1, 1);
+    }
+    ASSERT_TRUE(box.context->replaceWithBlurredBox({ 1.4f, 0.6f }, { 9.5f, 4.5f }, 0));
+    fill.context->fillRect(kit::Rect(1.4f, 0.6f, 8.1f, 3.9f));
+    EXPECT_EQ(box.pixels, fill.pixels);
+}
+
+TEST(BitmapContext, ABlurredBoxMatchesFillingAndBlurringThroughTheFilterWithinAStep)
+{
+    // The one-pass box against the general pipeline: fill, then the recursive blur through a
+    // filter image, with the box cut by the bitmap's sides.
+    for (double sigma : { 0.7, 2.5, 10.0 }) {
+        Canvas box(41, 29), general(41, 29);
+        const kit::Rect rect(-2.75f, 3.5f, 30.25f, 40);
+        box.context->setRGBFillColor(1, 1, 1, 1);
+        ASSERT_TRUE(box.context->replaceWithBlurredBox(rect.origin, { rect.maxX(), rect.maxY() }, sigma));
+        general.context->setRGBFillColor(1, 1, 1, 1);
+        general.context->fillRect(rect);
+        auto space = kit::ColorSpace::createDeviceRGB();
+        auto sharp
+            = kit::CIImage::imageWithBitmapData(kit::Data::dataWithBytes(general.pixels.data(), general.pixels.size()),
+                41 * 4, { 41, 29 }, kit::CIFormatRGBA8, space.get());
+        std::fill(general.pixels.begin(), general.pixels.end(), 0);
+        auto ciContext = kit::CIContext::contextWithCGContextOptions(general.context.get(), nullptr);
+        ASSERT_TRUE(ciContext->drawImageInRectFromRect(
+            kit::CIImage::gaussianBlur(sharp, sigma).get(), kit::Rect(0, 0, 41, 29), kit::Rect(0, 0, 41, 29)));
+        for (std::size_t i = 0; i < box.pixels.size(); ++i)
+            ASSERT_NEAR(box.pixels[i], general.pixels[i], 1) << "byte " << i << " sigma " << sigma;
+    }
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 #include "kit/CIContext.h"
 #include "kit/CIFilter.h"
 #include "kit/CIImage.h"
+#include "kit/GaussianBlur.h"
 #include "kit/MemoryRecycler.h"
 
 #include <gtest/gtest.h>
@@ -120,6 +121,37 @@ INSTANTIATE_TEST_SUITE_P(RadiiFromTinyToHundred, GaussianBlurAccuracy,
                          ::testing::Values(0.00005, 0.0001, 0.01, 0.15, 0.16, 0.2, 0.35, 0.5, 0.75, 1.0, 1.6, 2.5, 4.0,
                                            7.0, 12.0, 25.0, 50.0, 100.0));
 
+TEST(GaussianBlur, ASpanBlursExactlyAsTheDirectSumOverItsCoverage)
+{
+    // Spans inside, within one pixel, on whole pixels, cut by either end, beyond the line and
+    // empty; sigmas from none to far wider than the line.
+    const std::vector<std::pair<double, double>> spans = { { 3.25, 17.5 }, { 9.1, 9.6 }, { 4, 12 }, { -6.5, 8.25 },
+        { 20.5, 40 }, { -5, -1 }, { 31, 45 }, { 7.5, 7.5 } };
+    const int length = 31;
+    for (double sigma : { 0.0, 0.1, 0.3, 1.0, 2.5, 7.0, 100.0 }) {
+        const kit::GaussianBlur blur(sigma);
+        for (auto [from, to] : spans) {
+            std::vector<double> line(length);
+            for (int p = 0; p < length; ++p)
+                line[std::size_t(p)] = std::max(0.0, std::min(to, p + 1.0) - std::max(from, double(p)));
+            std::vector<double> exact = line;
+            if (!blur.isIdentity()) {
+                // The same blur as a column: along the other axis a one-pixel line takes only the
+                // centre weight (a single pixel takes it on both axes), which divides out.
+                const auto column = exactBlur(line, 1, length, sigma);
+                const auto centre = std::sqrt(exactBlur({ 1.0 }, 1, 1, sigma)[0]);
+                for (int p = 0; p < length; ++p)
+                    exact[std::size_t(p)] = column[std::size_t(p)] / centre;
+            }
+            std::vector<float> got(length, -1);
+            blur.blurSpan(from, to, length, got.data());
+            for (int i = 0; i < length; ++i)
+                ASSERT_NEAR(got[std::size_t(i)], exact[std::size_t(i)], 1e-6)
+                    << "sigma " << sigma << " span " << from << " " << to << " pixel " << i;
+        }
+    }
+}
+
 TEST(GaussianBlur, ALongStraightEdgeKeepsHalfAlphaOnItsOldBoundary)
 {
     // Opaque columns 16 .. 63; the edge at x = 64 lies far from the other one and from the sides.
@@ -157,6 +189,42 @@ TEST(CIContext, DrawsTheSourceRectangleIntoTheDestinationRectangleWithYUp)
     EXPECT_EQ(pixel(2, 0), (std::vector<std::uint8_t> { 255, 255, 255, 255 }));
     EXPECT_EQ(pixel(3, 0), (std::vector<std::uint8_t> { 0, 0, 0, 0 }));
     EXPECT_EQ(pixel(0, 0), (std::vector<std::uint8_t> { 0, 0, 0, 0 }));
+}
+
+TEST(CIContext, ClearingAndDrawingIsClearingThenDrawingForEveryKindOfImageAndPlace)
+{
+    // Blurs of grey, black and coloured images, the image itself, and places that cover the
+    // bitmap exactly, cover only part of it, and scale; over old pixels each time.
+    const int w = 37, h = 23;
+    auto space = kit::ColorSpace::createDeviceRGB();
+    const std::vector<std::pair<kit::Rect, kit::Rect>> places = {
+        { kit::Rect(0, 0, w, h), kit::Rect(0, 0, w, h) },
+        { kit::Rect(0, 0, w, h), kit::Rect(-4, 3, w, h) },
+        { kit::Rect(5, 2, 20, 15), kit::Rect(3, 1, 20, 15) },
+        { kit::Rect(0, 0, w, h), kit::Rect(0, 0, 18.5f, 11.5f) },
+    };
+    for (Paint paint : { Paint::White, Paint::Black, Paint::Colours }) {
+        const auto in = testImage(w, h, paint, 21);
+        auto image = kit::CIImage::imageWithBitmapData(kit::Data::dataWithBytes(in.data(), in.size()),
+            std::size_t(w) * 4, { float(w), float(h) }, kit::CIFormatRGBA8, space.get());
+        for (double sigma : { 0.0, 2.5 }) {
+            auto drawn = sigma > 0 ? kit::CIImage::gaussianBlur(image, sigma) : image;
+            for (const auto& [to, from] : places) {
+                const auto old = testImage(w, h, Paint::Colours, 5);
+                std::vector<std::uint8_t> once = old, twice(old.size(), 0);
+                auto onceContext = kit::BitmapContext::create(
+                    once.data(), w, h, 8, std::size_t(w) * 4, space.get(), kit::ImageAlphaPremultipliedLast);
+                auto twiceContext = kit::BitmapContext::create(
+                    twice.data(), w, h, 8, std::size_t(w) * 4, space.get(), kit::ImageAlphaPremultipliedLast);
+                ASSERT_TRUE(kit::CIContext::contextWithCGContextOptions(onceContext.get(), nullptr)
+                                ->clearAndDrawImageInRectFromRect(drawn.get(), to, from));
+                ASSERT_TRUE(kit::CIContext::contextWithCGContextOptions(twiceContext.get(), nullptr)
+                                ->drawImageInRectFromRect(drawn.get(), to, from));
+                ASSERT_EQ(once, twice) << "paint " << int(paint) << " sigma " << sigma << " to " << to.x() << ","
+                                       << to.y() << " from " << from.x() << "," << from.y();
+            }
+        }
+    }
 }
 
 TEST(CIImage, ARGBDataIsReadAsAlphaFirst)

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -80,6 +81,128 @@ TEST(RectangleMask, BoundsAreTruncatedTowardZero)
     ASSERT_EQ(polygon(n, { { -2.5f, 0 }, { 10, 0 }, { 10, 5 } }, 0), 0);
     EXPECT_EQ(n.origin.x, -3);
     EXPECT_EQ(n.buffer.nWidth, 10 + 3 + 2);
+}
+
+// The same rectangle as a polygon with a fifth vertex in the middle of its lower side: the same
+// bounds and the same shape, but not four corners, so it goes the general way (fill, then the
+// feather step's blur).
+std::vector<kit::Point> withMiddleVertex(kit::Rect r)
+{
+    const float x = r.x(), y = r.y(), w = r.width(), h = r.height();
+    return { { x, y }, { x, y + h }, { x + w, y + h }, { x + w, y }, { x + w / 2, y } };
+}
+
+const std::vector<kit::Rect> kRectangles = {
+    kit::Rect(10, 20, 30, 40), kit::Rect(10.3f, 20.75f, 29.5f, 17.25f), kit::Rect(-12.6f, -3.2f, 21.1f, 8.7f),
+    kit::Rect(4.2f, 5.5f, 0.5f, 0.25f), // within one pixel
+};
+
+TEST(RectangleMask, ThePassOverEachPixelOnceMatchesFillingAndFeatheringWithinAStep)
+{
+    for (const kit::Rect& r : kRectangles) {
+        for (float feather : { 0.0f, 0.5f, 2.5f, 10.0f, 100.0f }) {
+            Mask once, general;
+            ASSERT_EQ(rect(once, r, feather), 0);
+            ASSERT_EQ(polygon(general, withMiddleVertex(r), feather), 0);
+            EXPECT_EQ(once.origin, general.origin);
+            ASSERT_EQ(once.buffer.nWidth, general.buffer.nWidth);
+            ASSERT_EQ(once.buffer.nHeight, general.buffer.nHeight);
+            const int bytes = once.buffer.nWidth * once.buffer.nHeight * 4;
+            for (int i = 0; i < bytes; ++i)
+                ASSERT_NEAR(once.buffer.pData[i], general.buffer.pData[i], 1)
+                    << "byte " << i << " of " << r.x() << " " << r.y() << " " << r.width() << " " << r.height()
+                    << " feather " << feather;
+        }
+    }
+}
+
+// The exact blur of the coverage of [from, to) along a line of `length` pixels, zero outside,
+// summed in double precision from the definition.
+std::vector<double> exactLine(int length, double from, double to, double sigma)
+{
+    std::vector<double> sharp(static_cast<std::size_t>(length));
+    for (int p = 0; p < length; ++p)
+        sharp[std::size_t(p)] = std::max(0.0, std::min(to, p + 1.0) - std::max(from, double(p)));
+    if (sigma < 0.16)
+        return sharp;
+    const int reach = int(std::ceil(12 * sigma)) + 2;
+    double sum = 0;
+    for (int n = -reach; n <= reach; ++n)
+        sum += std::exp(-double(n) * n / (2 * sigma * sigma));
+    std::vector<double> out(std::size_t(length), 0);
+    for (int x = 0; x < length; ++x)
+        for (int p = std::max(0, x - reach); p <= std::min(length - 1, x + reach); ++p)
+            out[std::size_t(x)]
+                += std::exp(-double(p - x) * (p - x) / (2 * sigma * sigma)) / sum * sharp[std::size_t(p)];
+    return out;
+}
+
+TEST(RectangleMask, FeatheredRectanglesAreTheExactGaussianRoundedOnce)
+{
+    // A rectangle's mask is the product of its blurred coverage along x and along y: every
+    // pixel must be that product rounded to 8 bits (half a step, and float rounding).
+    for (const kit::Rect& r : kRectangles) {
+        for (float feather : { 0.0f, 0.5f, 2.5f, 10.0f, 100.0f }) {
+            Mask m;
+            ASSERT_EQ(rect(m, r, feather), 0);
+            const int w = m.buffer.nWidth, h = m.buffer.nHeight;
+            const double sigma = feather;
+            const auto across = exactLine(w, double(r.minX()) - m.origin.x, double(r.maxX()) - m.origin.x, sigma);
+            const auto up = exactLine(h, double(r.minY()) - m.origin.y, double(r.maxY()) - m.origin.y, sigma);
+            for (int row = 0; row < h; ++row)
+                for (int column = 0; column < w; ++column) {
+                    const double exact = 255 * across[std::size_t(column)] * up[std::size_t(h - 1 - row)];
+                    ASSERT_NEAR(m.pixel(column, row)[3], exact, 0.501)
+                        << column << "," << row << " feather " << feather;
+                }
+        }
+    }
+}
+
+TEST(PolygonMask, ARectangleClickedOutAsALassoIsTheRectangleFromAnyCornerEitherWay)
+{
+    const kit::Rect r(10.3f, 20.75f, 29.5f, 17.25f);
+    const kit::Point a { r.minX(), r.minY() }, b { r.minX(), r.maxY() }, c { r.maxX(), r.maxY() },
+        d { r.maxX(), r.minY() };
+    Mask reference;
+    ASSERT_EQ(rect(reference, r, 2.5f), 0);
+    const std::size_t bytes = std::size_t(reference.buffer.nWidth * reference.buffer.nHeight * 4);
+    for (const auto& corners :
+        std::vector<std::vector<kit::Point>> { { c, d, a, b }, { d, c, b, a }, { a, b, c, d, a } }) {
+        Mask m;
+        ASSERT_EQ(polygon(m, corners, 2.5f), 0);
+        ASSERT_EQ(m.buffer.nWidth, reference.buffer.nWidth);
+        EXPECT_EQ(0, std::memcmp(m.buffer.pData, reference.buffer.pData, bytes));
+    }
+    // The same corners crossed are an hourglass: two triangles on the upper and lower sides
+    // meeting in the middle, with the middle of the left and right sides left open.
+    Mask hourglass;
+    ASSERT_EQ(polygon(hourglass, { a, c, b, d }, 0), 0);
+    EXPECT_EQ(hourglass.pixel(20, 2)[3], 255);
+    EXPECT_EQ(hourglass.pixel(2, 10)[3], 0);
+    EXPECT_EQ(hourglass.pixel(28, 10)[3], 0);
+}
+
+TEST(RectangleMask, TheFillColourIsPremultipliedInThePassOverEachPixelOnceToo)
+{
+    const COLOR_STRUCT colour { 255, 128, 0, 128 }; // premultiplied 128, 64, 0, 128
+    for (float feather : { 0.0f, 2.5f }) {
+        Mask once, general;
+        const kit::Rect r(10.3f, 20.75f, 29.5f, 17.25f);
+        ASSERT_EQ(CreateImageBufferFromRect(once.buffer, once.origin, r, kWhite, true, colour, feather), 0);
+        const auto corners = withMiddleVertex(r);
+        ASSERT_EQ(CreateImageBufferFromPolygon(
+                      general.buffer, general.origin, corners.data(), 5, kWhite, true, colour, feather),
+            0);
+        if (feather == 0) {
+            EXPECT_EQ(once.pixel(15, 10)[0], 128);
+            EXPECT_EQ(once.pixel(15, 10)[1], 64);
+            EXPECT_EQ(once.pixel(15, 10)[2], 0);
+            EXPECT_EQ(once.pixel(15, 10)[3], 128);
+        }
+        for (int i = 0; i < once.buffer.nWidth * once.buffer.nHeight * 4; ++i)
+            ASSERT_NEAR(once.buffer.pData[i], general.buffer.pData[i], 1) << "byte " << i << " feather " << feather;
+    }
 }
 
 TEST(EllipseMask, OriginAndSizeAreNotTruncatedAndTheEllipseIsInscribed)
