@@ -20,10 +20,11 @@
 
 namespace {
 
+// Selection modes; the marquee types are the panel's.
 constexpr int kModeNew = 0;
 constexpr int kModeAdd = 1;
-constexpr int kTypeFixedRatio = 1;
-constexpr int kTypeFixedSize = 2;
+constexpr int kTypeFixedRatio = RectangleSelectionOptions::kTypeFixedRatio;
+constexpr int kTypeFixedSize = RectangleSelectionOptions::kTypeFixedSize;
 // The read-out: 45 points high, 20 points from the cursor, value fields 30 points narrower.
 constexpr float kReadOutHeight = 45;
 constexpr float kReadOutGap = 20;

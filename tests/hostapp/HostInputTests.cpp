@@ -1,5 +1,6 @@
 // The host's own controls under the overlay, and the mouse and key commands of sessions.
 #include "hostapp/PluginHost.h"
+#include "tests/hostapp/SessionFixture.h"
 #include "tests/support/BuiltPlugin.h"
 #include "hostapp/SessionRunner.h"
 #include "kit/Event.h"
@@ -17,38 +18,24 @@ namespace fs = std::filesystem;
 
 namespace {
 
-class HostInputTest : public testing::Test {
+class HostInputTest : public SessionFixture {
 protected:
     void SetUp() override
     {
-        std::string error;
-        plugin = loadBuiltPlugin(error);
-        ASSERT_TRUE(plugin) << error;
-        runner = std::make_unique<hostapp::SessionRunner>(plugin->table(), dir.path(), report);
+        SessionFixture::SetUp();
         // The plug-in on screen, with its tracking areas mirrored.
         ASSERT_TRUE(run("run\nwait 1.0\n"));
-    }
-    void TearDown() override
-    {
-        runner.reset();
-        kit::RunLoop::main().advance(10);
     }
     bool run(const std::string& text)
     {
         std::string error;
-        auto script = hostapp::SessionScript::parse(text, "t.session", error);
-        const bool ok = script && runner->run(*script, error);
+        const bool ok = SessionFixture::run(text, error);
         EXPECT_TRUE(ok) << error;
         return ok;
     }
     engine::ViewRect view() { return runner->document().viewRect(); }
     const std::vector<std::string>& hostLog() { return runner->canvas().canvasView().hostLog(); }
     kit::View* overlay() { return runner->canvas().window().contentView()->subviews().at(0).get(); }
-
-    TempDir dir;
-    std::ostringstream report;
-    std::unique_ptr<hostapp::PluginHost> plugin;
-    std::unique_ptr<hostapp::SessionRunner> runner;
 };
 
 TEST_F(HostInputTest, AClickOnAHostControlThroughTheOverlayZooms)

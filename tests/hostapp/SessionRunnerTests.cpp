@@ -1,6 +1,7 @@
 // Sessions run against the real plug-in bundle and engine, in-process and as the host program.
 #include "host/HostEngine.h"
 #include "hostapp/PluginHost.h"
+#include "tests/hostapp/SessionFixture.h"
 #include "tests/support/BuiltPlugin.h"
 #include "hostapp/SessionRunner.h"
 #include "kit/Image.h"
@@ -19,31 +20,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-class SessionTest : public testing::Test {
-protected:
-    void SetUp() override
-    {
-        std::string error;
-        plugin = loadBuiltPlugin(error);
-        ASSERT_TRUE(plugin) << error;
-        runner = std::make_unique<hostapp::SessionRunner>(plugin->table(), dir.path(), report);
-    }
-    void TearDown() override
-    {
-        runner.reset();
-        kit::RunLoop::main().advance(10);
-    }
-    bool run(const std::string& text, std::string& error)
-    {
-        auto script = hostapp::SessionScript::parse(text, "t.session", error);
-        return script && runner->run(*script, error);
-    }
-
-    TempDir dir;
-    std::ostringstream report;
-    std::unique_ptr<hostapp::PluginHost> plugin;
-    std::unique_ptr<hostapp::SessionRunner> runner;
-};
+using SessionTest = SessionFixture;
 
 TEST_F(SessionTest, SettingsReachTheDocumentAndTheWindow)
 {
