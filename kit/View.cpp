@@ -34,6 +34,12 @@ void View::setHidden(bool hidden)
     m_hidden = hidden;
     if (m_superview)
         m_superview->setNeedsDisplay();
+    // A hidden view takes no keys: the window becomes first responder in its place.
+    if (hidden && m_window) {
+        auto* responder = dynamic_cast<View*>(m_window->firstResponder());
+        if (responder && responder->isDescendantOf(this))
+            m_window->makeFirstResponder(nullptr);
+    }
 }
 
 bool View::isHiddenOrHasHiddenAncestor() const

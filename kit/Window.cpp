@@ -143,29 +143,35 @@ void Window::sendEvent(Event event)
     switch (event.type()) {
     case EventType::LeftMouseDown:
     case EventType::RightMouseDown: {
-        View* hit = m_contentView ? m_contentView->hitTest(event.locationInWindow()) : nullptr;
+        // Held here: making it first responder may end an edit whose delegate changes the tree.
+        RefPtr<View> hit = m_contentView ? m_contentView->hitTest(event.locationInWindow()) : nullptr;
         m_mouseTarget = hit;
+        m_mouseTargetIsLeft = event.type() == EventType::LeftMouseDown;
         if (!hit)
             return;
-        if (hit->acceptsFirstResponder() && !makeFirstResponder(hit)) {
+        if (hit->acceptsFirstResponder() && !makeFirstResponder(hit.get())) {
             m_mouseTarget.clear();
             return;
         }
-        if (event.type() == EventType::LeftMouseDown)
+        if (m_mouseTargetIsLeft)
             hit->mouseDown(event);
         else
             hit->rightMouseDown(event);
         return;
     }
     case EventType::LeftMouseDragged:
-        if (RefPtr<View> target = m_mouseTarget)
+        // Drags and the release belong to the view that took a press of the same button.
+        if (RefPtr<View> target = m_mouseTargetIsLeft ? m_mouseTarget : nullptr)
             target->mouseDragged(event);
         updateTrackingAreas(event, true);
         return;
     case EventType::LeftMouseUp:
     case EventType::RightMouseUp: {
+        const bool left = event.type() == EventType::LeftMouseUp;
+        if (left != m_mouseTargetIsLeft)
+            return;
         RefPtr<View> target = std::move(m_mouseTarget);
-        if (target && event.type() == EventType::LeftMouseUp)
+        if (target && left)
             target->mouseUp(event);
         else if (target)
             target->rightMouseUp(event);

@@ -92,6 +92,7 @@ private:
     std::string m_title;
     Responder* m_firstResponder = nullptr;
     RefPtr<View> m_mouseTarget;
+    bool m_mouseTargetIsLeft = true;
     RefPtr<View> m_dragTarget;
     RefPtr<TextView> m_fieldEditor;
     Color m_backgroundColor = Color::windowBackgroundColor();

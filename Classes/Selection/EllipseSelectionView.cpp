@@ -2,6 +2,7 @@
 #include "Classes/Selection/EllipseSelectionView.h"
 
 #include "Classes/Selection/MaskCommit.h"
+#include "Classes/Selection/SelectionAssert.h"
 #include "kit/BezierPath.h"
 
 int EllipseSelectionView::createImageBuffer(IMAGE_BUFFER& buffer, kit::Point& origin, kit::Rect box, float feather) const
@@ -12,4 +13,10 @@ int EllipseSelectionView::createImageBuffer(IMAGE_BUFFER& buffer, kit::Point& or
 void EllipseSelectionView::drawOutline(const kit::Rect& rect) const
 {
     strokeDashed(*kit::BezierPath::bezierPathWithOvalInRect(rect));
+}
+
+void EllipseSelectionView::assertRasterised(int nRet, const char* operation) const
+{
+    if (nRet != 0)
+        selection::assertionFailed("nRet == 0", operation, __FILE__, __LINE__);
 }

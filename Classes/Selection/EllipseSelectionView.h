@@ -12,5 +12,6 @@ protected:
 
     int createImageBuffer(IMAGE_BUFFER& buffer, kit::Point& origin, kit::Rect box, float feather) const override;
     int toolNumber() const override { return 1; }
+    void assertRasterised(int nRet, const char* operation) const override;
     void drawOutline(const kit::Rect& rect) const override;
 };

@@ -5,8 +5,10 @@
 #include "Classes/Selection/PolygonVertexText.h"
 #include "Classes/Selection/SelectionAssert.h"
 #include "host/HostEngine.h"
+#include "kit/Utf8.h"
 
 #include <cmath>
+#include <string_view>
 #include <vector>
 
 void PolygonSelectionView::dealPlay(SelectionEventRecord* record)
@@ -19,8 +21,13 @@ void PolygonSelectionView::dealPlay(SelectionEventRecord* record)
     if (!(count >= 0.0f && count < float(kGraphicsToBufferMaxVertices + 1)))
         return;
     const int n = static_cast<int>(count);
+    // The text is a C string of UTF-8: it ends at its first NUL, and one that is not valid
+    // UTF-8 was not written by a tool, so the record is skipped.
+    const std::string_view text(record->text.c_str());
+    if (kit::sanitizedUtf8(text) != text)
+        return;
     std::vector<kit::Point> vertices;
-    if (n >= 3 && !ParsePolygonVertexText(record->text, n, vertices))
+    if (n >= 3 && !ParsePolygonVertexText(text, n, vertices))
         return;
     IMAGE_BUFFER buffer {};
     kit::Point origin;

@@ -168,7 +168,7 @@ void RectangleSelectionView::commitSelection()
     const int nRet = createImageBuffer(buffer, origin, m_selectionCanvasViewRect, f);
     if (nRet < 0)
         return;
-    SELECTION_ASSERT(nRet == 0);
+    assertRasterised(nRet, "mouseUp");
     CommitSelectionMask(m_QMContext, buffer, origin);
 
     SelectionEventRecord record;
@@ -275,6 +275,12 @@ void RectangleSelectionView::strokeDashed(kit::BezierPath& path)
     path.stroke();
 }
 
+void RectangleSelectionView::assertRasterised(int nRet, const char* operation) const
+{
+    if (nRet != 0)
+        selection::assertionFailed("nRet == 0", operation, __FILE__, __LINE__);
+}
+
 int RectangleSelectionView::createImageBuffer(IMAGE_BUFFER& buffer, kit::Point& origin, kit::Rect box, float feather) const
 {
     return CreateImageBufferFromRect(buffer, origin, box, kOpaqueWhite, true, kOpaqueWhite, feather);
@@ -290,7 +296,7 @@ void RectangleSelectionView::dealPlay(SelectionEventRecord* record)
     const int nRet = createImageBuffer(buffer, origin, box, record->param8);
     if (nRet < 0)
         return; // nothing to commit: refused
-    SELECTION_ASSERT(nRet == 0);
+    assertRasterised(nRet, "dealPlay");
     CommitSelectionMask(m_QMContext, buffer, origin);
     IPD_RecordEvent(m_QMContext, record);
 }

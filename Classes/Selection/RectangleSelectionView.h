@@ -50,6 +50,9 @@ protected:
 
     /// The mask of the shape this tool selects inside `box` (selection-layer pixels).
     virtual int createImageBuffer(IMAGE_BUFFER& buffer, kit::Point& origin, kit::Rect box, float feather) const;
+    /// Stops the program, naming this tool's source and `operation`, when the rasteriser gave a
+    /// positive result: it has no such result, so one would be a broken invariant.
+    virtual void assertRasterised(int nRet, const char* operation) const;
     /// The tool number recorded with each selection.
     virtual int toolNumber() const { return 0; }
     /// The dashed outline of the shape in `rect`.

@@ -162,6 +162,8 @@ void SelectionMainView::redo(void*) { IPD_RedoStroke(m_QMContext); }
 namespace {
 
 constexpr int kCellSide = 64;
+// The largest mask the writer merges, the rasteriser's bound.
+constexpr std::int64_t kMaxMaskPixels = std::int64_t(1) << 28;
 
 void mergeMaskPixel(const unsigned char* s, unsigned char* d)
 {
@@ -200,6 +202,10 @@ int cellCeil(std::int64_t v) { return int(std::ceil(float(v) * 0.015625f)); }
 
 int SelectionMainView::setSelectionMaskRect(const unsigned char* mask, SelectionMaskRect rect)
 {
+    // Without pixels, or with more than any mask block can hold, there is nothing to merge, and
+    // a rectangle that large would otherwise mean billions of cell visits.
+    if (!mask || std::int64_t(rect.width) * rect.height > kMaxMaskPixels)
+        return 0;
     const int layer = IPD_GetSelectionMaskID(m_QMContext);
     const int c0 = cellFloor(rect.x);
     const int r0 = cellFloor(rect.y);
@@ -210,7 +216,7 @@ int SelectionMainView::setSelectionMaskRect(const unsigned char* mask, Selection
     for (int row = r0; row < r1; ++row) {
         for (int column = c0; column < c1; ++column) {
             unsigned char* cell = IPD_Layer_GetCellBuffer(m_QMContext, layer, column, row, 0);
-            if (cell && mask)
+            if (cell)
                 mergeIntoCell(cell, mask, rect, column, row);
             IPD_Layer_UpdateCell(m_QMContext, layer, column, row, 0);
             IPD_Layer_SaveCellInfo(m_QMContext, layer, column, row);

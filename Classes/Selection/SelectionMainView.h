@@ -53,7 +53,8 @@ public:
 
     /// Merges an RGBA mask (width x height pixels, first row first) into the selection-mask
     /// layer's cells in place: a mask pixel with alpha selects an unselected cell pixel and can
-    /// lower the alpha of a selected one, never raise it. Always 0.
+    /// lower the alpha of a selected one, never raise it. A null mask or one of more than 2^28
+    /// pixels visits nothing. Always 0.
     int setSelectionMaskRect(const unsigned char* mask, SelectionMaskRect rect);
 
     /// Overlay point to canvas point, from the engine's geometry read afresh.

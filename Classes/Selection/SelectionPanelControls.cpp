@@ -8,7 +8,7 @@
 #include "kit/Window.h"
 
 #include <climits>
-#include <cstdio>
+#include <charconv>
 
 namespace {
 
@@ -18,15 +18,13 @@ constexpr std::array<const char*, 4> kPlainModeImages = { "selection_default.png
 constexpr std::array<const char*, 4> kPressedModeImages = { "selection_default2.png", "selection_add2.png",
                                                             "selection_subtract2.png", "selection_intersect2.png" };
 
-template <typename... Args> std::string format(const char* pattern, Args... args)
+/// The value with a fixed number of decimals and a point as the decimal mark, whatever locale
+/// the host process has set: typed values are read back with a point.
+std::string fixedDecimals(double value, int decimals)
 {
-    const int length = std::snprintf(nullptr, 0, pattern, args...);
-    if (length <= 0)
-        return {};
-    std::string text(std::size_t(length) + 1, '\0');
-    std::snprintf(text.data(), text.size(), pattern, args...);
-    text.resize(std::size_t(length));
-    return text;
+    char buffer[400];
+    const auto result = std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed, decimals);
+    return result.ec == std::errc() ? std::string(buffer, result.ptr) : std::string();
 }
 
 /// viewWithTag for a tag computed in wider arithmetic: a tag no int can hold names no view.
@@ -52,15 +50,15 @@ std::string SelectionPanelControls::localized(const std::string& key)
 
 std::string SelectionPanelControls::featherText(float feather)
 {
-    return format(" %.1f %s", double(feather), localized("Pixels").c_str());
+    return " " + fixedDecimals(feather, 1) + " " + localized("Pixels");
 }
 
 std::string SelectionPanelControls::pixelsText(int pixels)
 {
-    return format(" %d %s", pixels, localized("Pixels").c_str());
+    return " " + std::to_string(pixels) + " " + localized("Pixels");
 }
 
-std::string SelectionPanelControls::ratioText(float ratio) { return format(" %0.3f", double(ratio)); }
+std::string SelectionPanelControls::ratioText(float ratio) { return " " + fixedDecimals(ratio, 3); }
 
 kit::RefPtr<kit::Image> SelectionPanelControls::hostEditBoxImage()
 {

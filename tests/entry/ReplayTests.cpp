@@ -158,6 +158,8 @@ TEST_F(ReplayTest, RecordsTheRasteriserCannotTakeChangeNothing)
         polygon(-inf, "", 0),
         polygon(4, "10,#,20,#,110,#,20,#,60,#,90,#,", 0), // three vertices for a count of four
         polygon(3, "10,#,20,#,110,#,20,#,60,#,90,#,", nan),
+        polygon(3, std::string("10,#,20,#,110,#,\0,#,20,#,60,#,90,#,", 35), 0), // ends at its NUL
+        polygon(3, "10,#,20,#,110,#,20,#,60,#,90,#,\xff", 0),                 // not UTF-8
     };
     for (SelectionEventRecord& r : bad) {
         table->play(handle, &r);

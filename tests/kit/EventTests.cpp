@@ -125,6 +125,34 @@ TEST_F(EventTest, APressGoesToTheDeepestVisibleViewAndItsDragsFollowIt)
     EXPECT_EQ(log, (std::vector<std::string> { "button:down", "button:drag", "button:up", "panel:down" }));
 }
 
+TEST_F(EventTest, DragsAndReleasesFollowOnlyAPressOfTheSameButton)
+{
+    auto tool = recorder("tool", { 0, 0, 400, 300 });
+    content->addSubview(tool.get());
+    send(EventType::RightMouseDown, 50, 50);
+    send(EventType::LeftMouseDragged, 60, 60); // a left drag after a right press: nobody's
+    send(EventType::LeftMouseUp, 60, 60);
+    send(EventType::LeftMouseDown, 50, 50);
+    send(EventType::RightMouseUp, 50, 50); // a right release during a left press: nobody's
+    send(EventType::LeftMouseUp, 70, 70);
+    EXPECT_EQ(log, (std::vector<std::string> { "tool:rightdown", "tool:down", "tool:up" }));
+}
+
+TEST_F(EventTest, HidingTheFirstResponderGivesTheKeysBackToTheWindow)
+{
+    auto overlay = recorder("overlay", { 0, 0, 400, 300 });
+    auto field = recorder("field", { 0, 0, 100, 100 });
+    field->acceptsFirst = true;
+    overlay->addSubview(field.get());
+    content->addSubview(overlay.get());
+    send(EventType::LeftMouseDown, 50, 50);
+    ASSERT_EQ(window->firstResponder(), field.get());
+    overlay->setHidden(true);
+    EXPECT_EQ(window->firstResponder(), window.get());
+    window->sendEvent(Event::key(EventType::KeyDown, "x"));
+    EXPECT_EQ(log, (std::vector<std::string> { "field:down" }));
+}
+
 TEST_F(EventTest, UnhandledEventsRunUpTheChainToTheContentView)
 {
     auto overlay = recorder("overlay", { 0, 0, 400, 300 });

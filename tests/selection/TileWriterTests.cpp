@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <climits>
 #include <string>
 #include <vector>
 
@@ -112,10 +113,21 @@ TEST_F(TileWriterTest, CellsAreVisitedRowByRowThenColumnByColumn)
 
 TEST_F(TileWriterTest, AnEmptyRectangleVisitsNothing)
 {
-    EXPECT_EQ(overlay->setSelectionMaskRect(nullptr, { 64, 64, 0, 0 }), 0);
+    const auto m = mask(1, 1, { 255, 255, 255, 255 });
+    EXPECT_EQ(overlay->setSelectionMaskRect(m.data(), { 64, 64, 0, 0 }), 0);
     EXPECT_TRUE(cellCalls().empty());
-    EXPECT_EQ(overlay->setSelectionMaskRect(nullptr, { 0, 0, -5, 10 }), 0);
+    EXPECT_EQ(overlay->setSelectionMaskRect(m.data(), { 0, 0, -5, 10 }), 0);
     EXPECT_TRUE(cellCalls().empty());
+}
+
+TEST_F(TileWriterTest, NoMaskOrAnImpossiblyLargeOneVisitsNothing)
+{
+    EXPECT_EQ(overlay->setSelectionMaskRect(nullptr, { 0, 0, 64, 64 }), 0);
+    const auto m = mask(1, 1, { 255, 255, 255, 255 });
+    // Billions of cells: refused before the first visit rather than walked.
+    EXPECT_EQ(overlay->setSelectionMaskRect(m.data(), { INT_MIN, INT_MIN, INT_MAX, INT_MAX }), 0);
+    EXPECT_TRUE(cellCalls().empty());
+    EXPECT_EQ(document.undoDepth(), 0u);
 }
 
 TEST_F(TileWriterTest, NegativeCoordinatesFloorToTheCellBeforeZeroWhichIsNeverWritten)
