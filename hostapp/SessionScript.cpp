@@ -76,12 +76,15 @@ std::vector<std::string> words(std::string_view line)
     return out;
 }
 
+// The same blanks that split a line into words, so that a line of blanks is an empty line.
+constexpr std::string_view kBlanks = " \t\r\v\f";
+
 std::string_view trim(std::string_view s)
 {
-    const auto first = s.find_first_not_of(" \t\r");
+    const auto first = s.find_first_not_of(kBlanks);
     if (first == std::string_view::npos)
         return {};
-    const auto last = s.find_last_not_of(" \t\r");
+    const auto last = s.find_last_not_of(kBlanks);
     return s.substr(first, last - first + 1);
 }
 
@@ -138,6 +141,8 @@ std::string checkKey(const std::string& word)
 std::string parseCommand(std::string_view line, SessionCommand& command)
 {
     const std::vector<std::string> parts = words(line);
+    if (parts.empty())
+        return "not a command";
     const Syntax* syntax = nullptr;
     for (const Syntax& s : commandTable()) {
         if (parts[0] == s.name)

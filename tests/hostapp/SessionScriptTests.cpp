@@ -80,6 +80,15 @@ TEST(SessionScript, InputCommandsTakeOptionalCountsKeysAndText)
     EXPECT_EQ(c[4].text, "hello world");
 }
 
+TEST(SessionScript, LinesOfAnyBlanksAreEmpty)
+{
+    std::string error;
+    const auto script = SessionScript::parse("\v\n\f \t\r\n  run \v\n", "s", error);
+    ASSERT_TRUE(script) << error;
+    ASSERT_EQ(script->commands().size(), 1u);
+    EXPECT_EQ(script->commands()[0].line, 3);
+}
+
 TEST(SessionScript, AMissingFileIsReported)
 {
     std::string error;
