@@ -4,7 +4,9 @@
 #include <array>
 #include <bit>
 #include <charconv>
+#include <clocale>
 #include <cmath>
+#include <cstdlib>
 
 namespace engine {
 
@@ -287,10 +289,28 @@ bool JsonRecordReader::readFloat(float& value, std::string_view member)
     if (!readNumberToken(token, isInteger))
         return false;
     auto [end, ec] = std::from_chars(token.data(), token.data() + token.size(), value);
+    if (ec == std::errc::result_out_of_range && end == token.data() + token.size() && readTinyFloat(token, value))
+        return true;
     if (ec != std::errc() || end != token.data() + token.size()) {
         m_pos = start;
         return fail(std::string(member) + " is out of float range");
     }
+    return true;
+}
+
+bool JsonRecordReader::readTinyFloat(std::string_view token, float& value)
+{
+    // A number too small for a float is the nearest float (a denormal or a signed zero), as
+    // any JSON reader would take it; only overflow is an error. from_chars reports both as out
+    // of range, so the correctly rounded strtof, pinned to the C locale, tells them apart.
+    static const locale_t cLocale = newlocale(LC_NUMERIC_MASK, "C", locale_t {});
+    if (!cLocale)
+        return false;
+    const std::string text(token);
+    const float nearest = strtof_l(text.c_str(), nullptr, cLocale);
+    if (std::isinf(nearest))
+        return false;
+    value = nearest;
     return true;
 }
 

@@ -35,6 +35,8 @@ private:
     bool readInt32(std::int32_t& value, std::string_view member);
     bool readFloat(float& value, std::string_view member);
     static bool decodeNonFinite(std::string_view text, float& value);
+    /// The nearest float of a number token too small in magnitude for one; false when it overflows.
+    static bool readTinyFloat(std::string_view token, float& value);
     void skipSpace();
     bool expect(char c);
     bool fail(std::string message);

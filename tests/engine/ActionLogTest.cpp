@@ -156,6 +156,42 @@ TEST(ActionLogFile, AcceptsMembersInAnyOrderSpacesEscapesAndBlankLines)
     EXPECT_EQ(record.name, "S\xC3\xA9l\xF0\x9F\x98\x80");
 }
 
+// Numbers too small for a float read as the nearest float, the way the parser rounds any other
+// decimal; only overflow is refused (below).
+TEST(ActionLogFile, ReadsNumbersBelowFloatRangeAsTheNearestFloat)
+{
+    const std::pair<const char*, std::uint32_t> cases[] = {
+        { "-1e-78", 0x80000000u }, { "1e-400", 0x00000000u }, { "1e-46", 0x00000000u },
+        { "1e-45", 0x00000001u }, { "-1.2e-38", 0x8082ab1eu }, { "2.5e-40", 0x0002b8e6u } };
+    for (const auto& [number, bits] : cases) {
+        ActionLog log;
+        std::string error;
+        ASSERT_TRUE(log.parseJsonLines(lineWith("param3", number), "tiny.jsonl", error)) << number << ": " << error;
+        EXPECT_EQ(bitsOf(log.records()[0].param3), bits) << number;
+    }
+}
+
+// Hosts built against the record read its words by offset; the padding must be zero so that
+// two equal records are equal byte for byte.
+TEST(SelectionEventRecordLayout, HoldsEveryWordAtItsOffsetAndZeroPadding)
+{
+    SelectionEventRecord record = makeRecord(90, { 1, 2, 3, 4, 5, 6, 7, 8, 9 }, "10,#,20,#,", "Selection");
+    unsigned char bytes[sizeof(SelectionEventRecord)];
+    std::memcpy(bytes, static_cast<const void*>(&record), sizeof bytes);
+    auto word = [&](std::size_t offset) {
+        std::uint32_t value;
+        std::memcpy(&value, bytes + offset, 4);
+        return value;
+    };
+    EXPECT_EQ(word(0) | word(4) | word(12) | word(52), 0u);
+    EXPECT_EQ(word(8), 90u);
+    for (int i = 0; i < 9; ++i)
+        EXPECT_EQ(floatFromBits(word(16 + 4 * i)), float(i + 1)) << "param" << i;
+    const auto* base = reinterpret_cast<const unsigned char*>(&record);
+    EXPECT_EQ(reinterpret_cast<const std::string*>(base + 56)->c_str(), std::string("10,#,20,#,"));
+    EXPECT_EQ(reinterpret_cast<const std::string*>(base + 88)->c_str(), std::string("Selection"));
+}
+
 struct MalformedLine {
     const char* why;
     std::string line;
