@@ -276,6 +276,13 @@ int Document::redo()
     return 0;
 }
 
+bool Document::endGesture()
+{
+    if (strokeActive())
+        return false;
+    return m_undo.closeStep();
+}
+
 void* Document::createBrush(const char* fileName)
 {
     if (!fileName) {

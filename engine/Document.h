@@ -116,6 +116,10 @@ public:
     int saveCellInfo(int layer, int column, int row);
     int undo();
     int redo();
+    /// Ends the user's gesture: the open undo step, if any, becomes a step of its own, so that a
+    /// change nothing else closes (a clearing click) cannot merge into the next gesture. A stroke
+    /// still running keeps its step open. Returns whether a step was pushed.
+    bool endGesture();
     void* createBrush(const char* fileName);
     int destroyBrush(const void* brush);
     /// The parameter's value; 0 for an unknown brush or parameter.

@@ -24,6 +24,14 @@ CanvasWindow::~CanvasWindow()
         kit::Application::shared().setMainWindow(nullptr);
 }
 
+void CanvasWindow::sendEvent(const kit::Event& event)
+{
+    m_window->sendEvent(event);
+    const kit::EventType type = event.type();
+    if (type == kit::EventType::LeftMouseUp || type == kit::EventType::RightMouseUp || type == kit::EventType::KeyUp)
+        m_document->endGesture();
+}
+
 void CanvasWindow::setContentSize(kit::Size size)
 {
     const kit::Rect frame = m_window->frame();

@@ -20,6 +20,9 @@ public:
     kit::Window& window() { return *m_window; }
     engine::Document& document() { return *m_document; }
     CanvasView& canvasView() { return *m_canvasView; }
+    /// Dispatches a mouse or key event of the person at the window. A release ends the gesture:
+    /// whatever it changed is one undo step, even when the plug-in closed none.
+    void sendEvent(const kit::Event& event);
     /// Resizes the content area; views with autoresizing masks follow.
     void setContentSize(kit::Size size);
 

@@ -110,20 +110,20 @@ private:
         if (b.button == SDL_BUTTON_LEFT)
             m_leftDown = down;
         m_last = point(b.x, b.y);
-        window().sendEvent(kit::Event::mouse(type, m_last, b.clicks, now()));
+        m_runner.canvas().sendEvent(kit::Event::mouse(type, m_last, b.clicks, now()));
     }
 
     void mouseMotion(const SDL_MouseMotionEvent& m)
     {
         m_last = point(m.x, m.y);
         const auto type = m_leftDown ? kit::EventType::LeftMouseDragged : kit::EventType::MouseMoved;
-        window().sendEvent(kit::Event::mouse(type, m_last, 1, now()));
+        m_runner.canvas().sendEvent(kit::Event::mouse(type, m_last, 1, now()));
     }
 
     void key(const std::string& characters, unsigned short code)
     {
-        window().sendEvent(kit::Event::key(kit::EventType::KeyDown, characters, code, now()));
-        window().sendEvent(kit::Event::key(kit::EventType::KeyUp, characters, code, now()));
+        m_runner.canvas().sendEvent(kit::Event::key(kit::EventType::KeyDown, characters, code, now()));
+        m_runner.canvas().sendEvent(kit::Event::key(kit::EventType::KeyUp, characters, code, now()));
     }
 
     void typed(const char* text) { key(text, kit::KeyCodeNone); }

@@ -136,14 +136,14 @@ bool SessionRunner::execute(const SessionCommand& command, std::string& problem)
 void SessionRunner::sendMouse(kit::EventType type, const std::vector<double>& n, int clicks)
 {
     const kit::Point at { float(n[0]), float(n[1]) };
-    m_canvas->window().sendEvent(kit::Event::mouse(type, at, clicks, kit::RunLoop::main().now()));
+    m_canvas->sendEvent(kit::Event::mouse(type, at, clicks, kit::RunLoop::main().now()));
 }
 
 void SessionRunner::sendKey(const std::string& characters, unsigned short keyCode)
 {
     const double now = kit::RunLoop::main().now();
-    m_canvas->window().sendEvent(kit::Event::key(kit::EventType::KeyDown, characters, keyCode, now));
-    m_canvas->window().sendEvent(kit::Event::key(kit::EventType::KeyUp, characters, keyCode, now));
+    m_canvas->sendEvent(kit::Event::key(kit::EventType::KeyDown, characters, keyCode, now));
+    m_canvas->sendEvent(kit::Event::key(kit::EventType::KeyUp, characters, keyCode, now));
 }
 
 bool SessionRunner::handleInput(const SessionCommand& command)

@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
@@ -115,6 +116,23 @@ TEST_F(MarqueeSessionTest, UndoAndRedoStepThroughTheSelections)
     const auto both = session(two + "undo\nundo\nredo\nredo\n", "redone.png");
     EXPECT_EQ(at(both, 150, 500), 255);
     EXPECT_EQ(at(both, 550, 500), 255);
+}
+
+// A New-mode drag (clear, then shape) is one undo step; a deselecting click is one of its own,
+// though nothing in the plug-in closes it.
+TEST_F(MarqueeSessionTest, EveryGestureIsOneUndoStep)
+{
+    const std::string a = "down 200 300\ndrag 300 400\nup 300 400\n";
+    const std::string b = "down 600 300\ndrag 700 400\nup 700 400\n";
+    const auto replacedThenUndone = session(a + b + "undo\n", "ab.png");
+    EXPECT_EQ(at(replacedThenUndone, 150, 500), 255);
+    EXPECT_EQ(at(replacedThenUndone, 550, 500), 0);
+    const std::string deselect = "click 500 500\n";
+    const auto deselected = session(a + deselect + b + "undo\n", "deselected.png");
+    EXPECT_EQ(std::count(deselected.begin(), deselected.end(), 0), std::ptrdiff_t(deselected.size()));
+    const auto back = session(a + deselect + b + "undo\nundo\n", "back.png");
+    EXPECT_EQ(at(back, 150, 500), 255);
+    EXPECT_EQ(at(back, 550, 500), 0);
 }
 
 TEST_F(MarqueeSessionTest, TheEllipseButtonSelectsAnEllipse)
