@@ -38,8 +38,12 @@ enum Shape {
     Rectangle,
     Ellipse,
     Star,
+    CrossedStar,
 };
-const char* shapeName(int shape) { return shape == Rectangle ? "rectangle" : shape == Ellipse ? "ellipse" : "star500"; }
+const char* shapeName(int shape)
+{
+    return shape == Rectangle ? "rectangle" : shape == Ellipse ? "ellipse" : shape == Star ? "star500" : "star500x";
+}
 
 // 500 vertices alternating between two radii: a simple polygon with 250 sharp points.
 std::vector<kit::Point> starVertices()
@@ -53,9 +57,20 @@ std::vector<kit::Point> starVertices()
     return v;
 }
 
+// The star with its second half turned upside down: a figure of eight of spikes, crossing itself
+// where the halves meet, so that its shared pixels are measured exactly.
+std::vector<kit::Point> crossedStarVertices()
+{
+    std::vector<kit::Point> v = starVertices();
+    for (std::size_t i = v.size() / 2; i < v.size(); ++i)
+        v[i].y = float(kSide) - v[i].y;
+    return v;
+}
+
 int buildMask(int shape, float feather, IMAGE_BUFFER& buffer, kit::Point& origin)
 {
     static const std::vector<kit::Point> star = starVertices();
+    static const std::vector<kit::Point> crossed = crossedStarVertices();
     switch (shape) {
     case Rectangle:
         return CreateImageBufferFromRect(buffer, origin, kit::Rect(0, 0, kSide, kSide), kWhite, true, kWhite, feather);
@@ -63,6 +78,9 @@ int buildMask(int shape, float feather, IMAGE_BUFFER& buffer, kit::Point& origin
         return CreateImageBufferFromEllipse(buffer, origin, kit::Rect(0, 0, kSide, kSide), kWhite, true, kWhite, feather);
     case Star:
         return CreateImageBufferFromPolygon(buffer, origin, star.data(), int(star.size()), kWhite, true, kWhite, feather);
+    case CrossedStar:
+        return CreateImageBufferFromPolygon(
+            buffer, origin, crossed.data(), int(crossed.size()), kWhite, true, kWhite, feather);
     }
     return -1;
 }
@@ -213,8 +231,9 @@ void alternative(int shape, float feather, int width, int height, std::vector<un
         cairo_arc(cr, 0, 0, 1, 0, 2 * std::numbers::pi);
         cairo_restore(cr);
         break;
-    case Star: {
-        const auto star = starVertices();
+    case Star:
+    case CrossedStar: {
+        const auto star = shape == Star ? starVertices() : crossedStarVertices();
         cairo_move_to(cr, star[0].x + inset, star[0].y + inset);
         for (const auto& p : star)
             cairo_line_to(cr, p.x + inset, p.y + inset);
@@ -257,7 +276,7 @@ void registerAll()
 {
     const std::vector<std::pair<int, float>> cases = { { Rectangle, 0 }, { Rectangle, 2.5f }, { Rectangle, 10 },
                                                        { Rectangle, 100 }, { Ellipse, 0 }, { Ellipse, 10 },
-                                                       { Star, 0 }, { Star, 10 } };
+                                                       { Star, 0 }, { Star, 10 }, { CrossedStar, 0 } };
     for (bool cold : { false, true }) {
         for (auto [shape, feather] : cases) {
             benchmark::RegisterBenchmark(((cold ? "mask-first-touch/" : "mask/") + key(shape, feather)).c_str(),

@@ -22,6 +22,10 @@ void ScanlineRasterizer::reset(int width, int height)
     m_width = std::max(0, width);
     m_height = std::max(0, height);
     m_edges.clear();
+    m_segments.clear();
+    m_crossings.reset();
+    m_polygonCount = 0;
+    m_looseEdges = false;
     m_cells.assign(std::size_t(m_width) + 2 + kCellSlack, 0.0f);
     m_rowCoverage.resize(std::size_t(m_width) + kCellSlack);
     m_touched.assign(m_cells.size() / (64 * rasterkernels::kCellsPerMark) + 1, 0);
@@ -31,8 +35,19 @@ void ScanlineRasterizer::reset(int width, int height)
 
 void ScanlineRasterizer::addEdge(double x0, double y0, double x1, double y1)
 {
-    if (!(y0 != y1) || !std::isfinite(x0) || !std::isfinite(y0) || !std::isfinite(x1) || !std::isfinite(y1))
+    m_looseEdges = true;
+    addPolygonEdge(x0, y0, x1, y1);
+}
+
+void ScanlineRasterizer::addPolygonEdge(double x0, double y0, double x1, double y1)
+{
+    if (!std::isfinite(x0) || !std::isfinite(y0) || !std::isfinite(x1) || !std::isfinite(y1))
         return;
+    if (y0 == y1) {
+        if (y0 > 0 && y0 < m_height && x0 != x1)
+            m_crossings.addFlat(y0, x0, x1);
+        return;
+    }
     float winding = 1;
     if (y0 > y1) {
         std::swap(x0, x1);
@@ -49,10 +64,54 @@ void ScanlineRasterizer::addPolygon(const double* xy, std::size_t pointCount)
 {
     if (pointCount < 2)
         return;
+    ++m_polygonCount;
     for (std::size_t i = 0; i < pointCount; ++i) {
         const std::size_t j = (i + 1) % pointCount;
-        addEdge(xy[2 * i], xy[2 * i + 1], xy[2 * j], xy[2 * j + 1]);
+        const Segment side { xy[2 * i], xy[2 * i + 1], xy[2 * j], xy[2 * j + 1] };
+        if (m_polygonCount == 1 && (side.x0 != side.x1 || side.y0 != side.y1))
+            m_segments.push_back(side);
+        addPolygonEdge(side.x0, side.y0, side.x1, side.y1);
     }
+}
+
+// A single polygon whose sides meet only where consecutive ones share a corner winds at most
+// once, and the summed areas are exact everywhere. Sides are compared only with those they
+// overlap in y; past a budget proportional to the sides the answer is "may", which costs only
+// time.
+bool ScanlineRasterizer::mayWindTwice() const
+{
+    if (m_looseEdges || m_polygonCount != 1)
+        return m_polygonCount > 0 || m_looseEdges;
+    const std::size_t n = m_segments.size();
+    std::vector<std::size_t> order(n);
+    for (std::size_t i = 0; i < n; ++i)
+        order[i] = i;
+    auto top = [&](std::size_t i) { return std::min(m_segments[i].y0, m_segments[i].y1); };
+    auto bottom = [&](std::size_t i) { return std::max(m_segments[i].y0, m_segments[i].y1); };
+    std::sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) { return top(a) < top(b); });
+    auto side = [](const Segment& s, double x, double y) {
+        const double d = (s.x1 - s.x0) * (y - s.y0) - (s.y1 - s.y0) * (x - s.x0);
+        return (d > 0) - (d < 0);
+    };
+    auto touch = [&](const Segment& a, const Segment& b) {
+        if (std::max(a.x0, a.x1) < std::min(b.x0, b.x1) || std::max(b.x0, b.x1) < std::min(a.x0, a.x1))
+            return false;
+        return side(a, b.x0, b.y0) * side(a, b.x1, b.y1) <= 0 && side(b, a.x0, a.y0) * side(b, a.x1, a.y1) <= 0;
+    };
+    std::vector<std::size_t> active;
+    std::size_t budget = 64 * n + 1'000'000;
+    for (std::size_t i : order) {
+        std::erase_if(active, [&](std::size_t a) { return bottom(a) < top(i); });
+        for (std::size_t a : active) {
+            if (budget-- == 0)
+                return true;
+            const bool neighbours = (a + 1) % n == i || (i + 1) % n == a;
+            if (!neighbours && touch(m_segments[a], m_segments[i]))
+                return true;
+        }
+        active.push_back(i);
+    }
+    return false;
 }
 
 // Where an edge crosses the clip's sides it is cut there: a part left of the clip acts as a
@@ -118,6 +177,8 @@ void ScanlineRasterizer::sweepRow(int row, FillRule rule, const RowSink& sink)
     std::fill(m_touched.begin() + first / kMark / 64, m_touched.begin() + (m_last + 1) / kMark / 64 + 1, 0);
     m_first = m_width + 2;
     m_last = -1;
+    if (first < m_width && m_correctShared)
+        m_crossings.correctRow(m_active.data(), m_active.size(), row, m_width, evenOdd, m_rowCoverage.data(), first, end);
     if (first < m_width)
         sink(row, first, end, m_rowCoverage.data(), rasterkernels::coverageByte(sum, evenOdd));
 }
@@ -174,6 +235,7 @@ void ScanlineRasterizer::rasterize(FillRule rule, bool antialias, const RowSink&
     }
     // The order of the active edges does not matter: each adds its areas to the cells. They are
     // copied side by side for the rows' passes over them.
+    m_correctShared = mayWindTwice();
     m_active.clear();
     std::size_t next = 0;
     const int firstRow = m_edges.empty() ? m_height : std::max(0, int(std::floor(m_edges.front().y0)));
@@ -183,8 +245,8 @@ void ScanlineRasterizer::rasterize(FillRule rule, bool antialias, const RowSink&
         if (m_active.empty() && next == m_edges.size())
             break;
         accumulateRow(row);
-        std::erase_if(m_active, [&](const Edge& e) { return e.y1 <= row + 1; });
         sweepRow(row, rule, sink);
+        std::erase_if(m_active, [&](const Edge& e) { return e.y1 <= row + 1; });
     }
 }
 
