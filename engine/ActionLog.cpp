@@ -68,19 +68,6 @@ bool ActionLog::parseJsonLines(std::string_view text, std::string_view sourceNam
     return true;
 }
 
-bool ActionLog::save(const std::filesystem::path& path, std::string& error) const
-{
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    std::string text = toJsonLines();
-    out.write(text.data(), static_cast<std::streamsize>(text.size()));
-    out.close();
-    if (!out) {
-        error = path.string() + ": cannot write the action log";
-        return false;
-    }
-    return true;
-}
-
 bool ActionLog::load(const std::filesystem::path& path, std::string& error)
 {
     std::error_code ec;

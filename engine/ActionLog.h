@@ -28,11 +28,11 @@ public:
     std::size_t size() const;
     void clear();
 
+    /// The log as it is saved; the host writes it to disk (whole or not at all).
     std::string toJsonLines() const;
     /// Replaces the records with those in text, or returns false with error set and the log
     /// unchanged. sourceName starts every error message.
     bool parseJsonLines(std::string_view text, std::string_view sourceName, std::string& error);
-    bool save(const std::filesystem::path& path, std::string& error) const;
     bool load(const std::filesystem::path& path, std::string& error);
 
 private:

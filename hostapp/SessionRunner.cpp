@@ -3,6 +3,7 @@
 
 #include "engine/ActionLog.h"
 #include "kit/AutoreleasePool.h"
+#include "kit/Data.h"
 #include "kit/Event.h"
 #include "kit/Image.h"
 #include "kit/RunLoop.h"
@@ -125,6 +126,10 @@ bool SessionRunner::execute(const SessionCommand& command, std::string& problem)
     } else if (name == "save-window") {
         return saveWindow(outputPath(command.text), problem);
     } else if (name == "replay") {
+        if (!m_everRun) {
+            problem = "the plug-in is not running yet, so nothing would take the records (put run first)";
+            return false;
+        }
         return replayLog(outputPath(command.text), problem) >= 0;
     } else {
         problem = "not a command of this host";
@@ -249,7 +254,9 @@ bool SessionRunner::saveWindow(const std::filesystem::path& path, std::string& p
 
 bool SessionRunner::saveLog(const std::filesystem::path& path, std::string& problem)
 {
-    if (!document().actionLog().save(path, problem))
+    const std::string text = document().actionLog().toJsonLines();
+    auto data = kit::Data::dataWithBytes(text.data(), text.size());
+    if (!data->writeToFileAtomically(path.string(), &problem))
         return false;
     m_report << "wrote " << path.string() << "\n";
     return true;

@@ -174,6 +174,16 @@ std::string parseCommand(std::string_view line, SessionCommand& command)
 
 } // namespace
 
+SessionScript SessionScript::fromCommands(std::string source, std::vector<SessionCommand> commands)
+{
+    SessionScript script;
+    script.m_source = std::move(source);
+    for (std::size_t i = 0; i < commands.size(); ++i)
+        commands[i].line = int(i + 1);
+    script.m_commands = std::move(commands);
+    return script;
+}
+
 std::optional<SessionScript> SessionScript::parse(std::string_view text, const std::string& source, std::string& error)
 {
     SessionScript script;

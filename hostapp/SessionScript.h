@@ -21,6 +21,9 @@ public:
     /// sets `error` to "SOURCE:LINE: message".
     static std::optional<SessionScript> parse(std::string_view text, const std::string& source, std::string& error);
     static std::optional<SessionScript> load(const std::string& path, std::string& error);
+    /// A script the host makes itself. Each command's line is its position, and a file name
+    /// stays a file name whatever characters it holds: it is never parsed as script text.
+    static SessionScript fromCommands(std::string source, std::vector<SessionCommand> commands);
 
     const std::vector<SessionCommand>& commands() const { return m_commands; }
     const std::string& source() const { return m_source; }

@@ -97,13 +97,16 @@ int runInteractive()
 }
 
 /// The replay command as a session: a fresh document, the plug-in run, each log replayed, and
-/// the resulting mask and log saved.
-std::string replayScript(const std::vector<std::string>& logs)
+/// the resulting mask and log saved. The log names are handed over as names, so that no name,
+/// however odd, can add a command.
+hostapp::SessionScript replayScript(const std::vector<std::string>& logs)
 {
-    std::string text = "run\nwait 0.5\n";
+    std::vector<hostapp::SessionCommand> commands = { { 0, "run", {}, {} }, { 0, "wait", { 0.5 }, {} } };
     for (const std::string& log : logs)
-        text += "replay " + std::filesystem::absolute(log).string() + "\n";
-    return text + "save-mask replay-mask.png\nsave-log replay-log.jsonl\n";
+        commands.push_back({ 0, "replay", {}, std::filesystem::absolute(log).string() });
+    commands.push_back({ 0, "save-mask", {}, "replay-mask.png" });
+    commands.push_back({ 0, "save-log", {}, "replay-log.jsonl" });
+    return hostapp::SessionScript::fromCommands("replay", std::move(commands));
 }
 
 } // namespace
@@ -133,7 +136,7 @@ int main(int argc, char** argv)
     if (options.command == "session")
         script = hostapp::SessionScript::load(options.files[0], error);
     else
-        script = hostapp::SessionScript::parse(replayScript(options.files), "replay", error);
+        script = replayScript(options.files);
     if (!script) {
         std::cerr << error << "\n";
         return kUsageError;

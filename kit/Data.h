@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <vector>
 
 namespace kit {
@@ -18,6 +19,11 @@ public:
 
     const std::uint8_t* bytes() const { return m_bytes; }
     std::size_t length() const { return m_length; }
+    /// Writes the bytes to `path` whole or not at all: into a new file beside it, flushed to the
+    /// disk, then renamed over it. On failure (a full disk, a file size limit, a folder that is
+    /// not there) the file that was at `path` stays as it was, nothing is left beside it, and
+    /// `error` names the path and the reason.
+    bool writeToFileAtomically(const std::string& path, std::string* error = nullptr) const;
 
 private:
     Data(std::uint8_t* bytes, std::size_t length, bool freeWhenDone)

@@ -1,6 +1,8 @@
 // Image: PNG reading and writing through libpng's simplified interface.
 #include "kit/Image.h"
 
+#include "kit/Data.h"
+
 #include <png.h>
 
 #include <algorithm>
@@ -48,12 +50,21 @@ bool writePng(const std::string& path, int width, int height, png_uint_32 format
             *error = "cannot write an empty image to " + path;
         return false;
     }
-    if (!png_image_write_to_file(&image, path.c_str(), 0, pixels, 0, nullptr)) {
+    // Encoded in memory first, so that a failed write never leaves half a picture on disk.
+    png_alloc_size_t size = 0;
+    std::vector<std::uint8_t> encoded;
+    if (png_image_write_get_memory_size(image, size, 0, pixels, 0, nullptr)) {
+        encoded.resize(size);
+        if (!png_image_write_to_memory(&image, encoded.data(), &size, 0, pixels, 0, nullptr))
+            size = 0;
+    }
+    if (size == 0) {
         if (error)
-            *error = "cannot write " + path + ": " + image.message;
+            *error = "cannot encode " + path + ": " + image.message;
         return false;
     }
-    return true;
+    auto data = Data::dataWithBytesNoCopy(encoded.data(), size, false);
+    return data->writeToFileAtomically(path, error);
 }
 
 } // namespace

@@ -112,8 +112,10 @@ TEST_F(SessionTest, ALogSavedAndReplayedReachesThePlaySlot)
 TEST_F(SessionTest, RuntimeFailuresNameTheLineAndKeepEarlierFiles)
 {
     std::string error;
-    EXPECT_FALSE(run("save-log first.jsonl\nreplay missing.jsonl\nsave-log second.jsonl\n", error));
-    EXPECT_EQ(error.rfind("t.session:2: replay: ", 0), 0u) << error;
+    EXPECT_FALSE(run("save-log first.jsonl\nreplay first.jsonl\n", error));
+    EXPECT_EQ(error.rfind("t.session:2: replay: the plug-in is not running yet", 0), 0u) << error;
+    EXPECT_FALSE(run("save-log first.jsonl\nrun\nreplay missing.jsonl\nsave-log second.jsonl\n", error));
+    EXPECT_EQ(error.rfind("t.session:3: replay: ", 0), 0u) << error;
     EXPECT_TRUE(fs::exists(dir.path() / "first.jsonl"));
     EXPECT_FALSE(fs::exists(dir.path() / "second.jsonl"));
 
@@ -138,6 +140,15 @@ std::string readFile(const fs::path& path)
     std::stringstream text;
     text << in.rdbuf();
     return text.str();
+}
+
+TEST(HostProgram, ReplayTakesItsArgumentsAsFileNamesOnly)
+{
+    TempDir dir;
+    EXPECT_EQ(host("replay \"$(printf 'g.jsonl\\nsave-log injected.jsonl')\"", dir.path()), 2);
+    EXPECT_FALSE(fs::exists(dir.path() / "out" / "injected.jsonl"));
+    EXPECT_NE(readFile(dir.path() / "err.txt").find("g.jsonl\nsave-log injected.jsonl: cannot read"), std::string::npos)
+        << readFile(dir.path() / "err.txt");
 }
 
 TEST(HostProgram, DemoWritesItsFilesIntoOut)

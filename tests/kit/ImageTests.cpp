@@ -5,7 +5,11 @@
 #include <gtest/gtest.h>
 
 #include <png.h>
+#include <sys/resource.h>
 
+#include <csignal>
+#include <filesystem>
+#include <random>
 #include <vector>
 
 namespace {
@@ -74,6 +78,43 @@ TEST(ImagePng, UnreadableFilesAndBadSizesGiveNoImage)
     std::string error;
     EXPECT_FALSE(kit::Image::writeGrayPNG((dir.path() / "no/such/folder.png").string(), 1, 1, pixel, &error));
     EXPECT_FALSE(error.empty());
+}
+
+// A save that fails half way (here the file size limit) must keep the file that was there,
+// and leave nothing beside it.
+TEST(ImagePng, AFailedSaveKeepsTheEarlierFileWhole)
+{
+    TempDir dir;
+    const std::string path = (dir.path() / "kept.png").string();
+    const std::uint8_t small[4] = { 10, 20, 30, 40 };
+    ASSERT_TRUE(kit::Image::writeGrayPNG(path, 2, 2, small));
+    const auto before = std::filesystem::file_size(path);
+
+    std::vector<std::uint8_t> noise(512 * 512);
+    std::mt19937 random(3);
+    for (auto& v : noise)
+        v = std::uint8_t(random());
+    rlimit saved {};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &saved), 0);
+    rlimit limit = saved;
+    limit.rlim_cur = 4096;
+    const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
+    std::string error;
+    const bool wrote = kit::Image::writeGrayPNG(path, 512, 512, noise.data(), &error);
+    setrlimit(RLIMIT_FSIZE, &saved);
+    std::signal(SIGXFSZ, oldHandler);
+
+    EXPECT_FALSE(wrote);
+    EXPECT_NE(error.find(path), std::string::npos) << error;
+    EXPECT_EQ(std::filesystem::file_size(path), before);
+    auto back = kit::Image::imageWithContentsOfFile(path);
+    ASSERT_TRUE(back);
+    EXPECT_EQ(back->pixelsWide(), 2);
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()), {}), 1) << "no file left beside it";
+
+    ASSERT_TRUE(kit::Image::writeGrayPNG(path, 512, 512, noise.data(), &error)) << error;
+    EXPECT_EQ(kit::Image::imageWithContentsOfFile(path)->pixelsWide(), 512);
 }
 
 } // namespace
