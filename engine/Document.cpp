@@ -52,8 +52,11 @@ int Document::canvasHeight() const { return m_canvasHeight; }
 bool Document::setCanvasSize(int width, int height)
 {
     if (width < 1 || height < 1 || width > kMaxCanvasSide || height > kMaxCanvasSide
-        || std::int64_t { width } * height > kMaxCanvasPixels)
+        || std::int64_t { width } * height > kMaxCanvasPixels) {
+        refuse("a canvas of " + std::to_string(width) + " x " + std::to_string(height) + " pixels is refused: sides from 1 to "
+            + std::to_string(kMaxCanvasSide) + " and at most " + std::to_string(kMaxCanvasPixels) + " pixels in all");
         return false;
+    }
     m_canvasWidth = width;
     m_canvasHeight = height;
     changed();
@@ -64,8 +67,10 @@ ViewRect Document::viewRect() const { return m_viewRect; }
 
 bool Document::setViewRect(const ViewRect& rect)
 {
-    if (rect.width < 1 || rect.height < 1)
+    if (rect.width < 1 || rect.height < 1) {
+        refuse("the visible rectangle needs a width and a height of at least 1 pixel");
         return false;
+    }
     m_viewRect = rect;
     return true;
 }
@@ -74,8 +79,10 @@ ViewSize Document::viewSize() const { return m_viewSize; }
 
 bool Document::setViewSize(const ViewSize& size)
 {
-    if (size.width < 1 || size.height < 1)
+    if (size.width < 1 || size.height < 1) {
+        refuse("the canvas view needs a width and a height of at least 1 point");
         return false;
+    }
     m_viewSize = size;
     return true;
 }
@@ -93,8 +100,10 @@ bool Document::layerOffset(int layer, int& x, int& y) const
 bool Document::setLayerOffset(int layer, int x, int y)
 {
     Layer* found = layerById(layer);
-    if (!found)
+    if (!found) {
+        refuse("no layer " + std::to_string(layer));
         return false;
+    }
     found->setOffset(x, y);
     changed();
     return true;

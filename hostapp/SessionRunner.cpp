@@ -17,6 +17,8 @@ constexpr float kDefaultWindowHeight = 900;
 // Pending calls get up to ten seconds of run-loop time at the end of a session.
 constexpr int kSettleSteps = 100;
 constexpr double kSettleStepSeconds = 0.1;
+// A window's screenshot is its width x height in RGBA: 8192 a side keeps it at 256 MiB.
+constexpr double kMaxWindowSide = 8192;
 
 int asInt(double value) { return static_cast<int>(value); }
 
@@ -77,6 +79,11 @@ bool SessionRunner::applySetting(const SessionCommand& command, std::string& pro
     if (command.name == "window") {
         if (m_everRun) {
             problem = "the window size is fixed once the plug-in has run";
+            return false;
+        }
+        if (n[0] > kMaxWindowSide || n[1] > kMaxWindowSide) {
+            problem = "a window of " + std::to_string(asInt(n[0])) + " x " + std::to_string(asInt(n[1]))
+                + " points is refused: at most " + std::to_string(asInt(kMaxWindowSide)) + " a side";
             return false;
         }
         m_canvas->setContentSize({ float(n[0]), float(n[1]) });

@@ -112,6 +112,11 @@ TEST_F(SessionTest, ALogSavedAndReplayedReachesThePlaySlot)
 TEST_F(SessionTest, RuntimeFailuresNameTheLineAndKeepEarlierFiles)
 {
     std::string error;
+    EXPECT_FALSE(run("canvas 30000 30000\n", error));
+    EXPECT_EQ(error, "t.session:1: canvas: a canvas of 30000 x 30000 pixels is refused: sides from 1 to 65536 and at "
+                     "most 268435456 pixels in all");
+    EXPECT_FALSE(run("window 16384 16384\n", error));
+    EXPECT_EQ(error, "t.session:1: window: a window of 16384 x 16384 points is refused: at most 8192 a side");
     EXPECT_FALSE(run("save-log first.jsonl\nreplay first.jsonl\n", error));
     EXPECT_EQ(error.rfind("t.session:2: replay: the plug-in is not running yet", 0), 0u) << error;
     EXPECT_FALSE(run("save-log first.jsonl\nrun\nreplay missing.jsonl\nsave-log second.jsonl\n", error));
