@@ -65,6 +65,13 @@ TEST(SessionScript, RefusesBadCommandsAndArgumentsWithFileAndLine)
         EXPECT_FALSE(SessionScript::parse(k.text, "s.txt", error)) << k.text;
         EXPECT_EQ(error, k.error);
     }
+    // A bad word of any length is quoted by its first 80 characters, cut between characters.
+    std::string accents;
+    for (int i = 0; i < 100000; ++i)
+        accents += "\xC3\xA9";
+    std::string error;
+    EXPECT_FALSE(SessionScript::parse(accents + " 1\n", "s.txt", error));
+    EXPECT_EQ(error, "s.txt:1: unknown command '" + accents.substr(0, 160) + "...'");
 }
 
 TEST(SessionScript, InputCommandsTakeOptionalCountsKeysAndText)
