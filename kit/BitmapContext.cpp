@@ -53,11 +53,12 @@ RefPtr<BitmapContext> BitmapContext::create(void* data, int width, int height, i
     if (!data || width <= 0 || height <= 0 || bitsPerComponent != 8 || !space || space->numberOfComponents() != 3
         || bitmapInfo != ImageAlphaPremultipliedLast || bytesPerRow / 4 < std::size_t(width))
         return nullptr;
-    return adoptRef(new BitmapContext(static_cast<std::uint8_t*>(data), width, height, bytesPerRow));
+    return adoptRef(new BitmapContext(static_cast<std::uint8_t*>(data), width, height, bytesPerRow, space->isSRGB()));
 }
 
-BitmapContext::BitmapContext(std::uint8_t* data, int width, int height, std::size_t bytesPerRow)
-    : m_data(data), m_width(width), m_height(height), m_bytesPerRow(bytesPerRow), m_path(MutablePath::create())
+BitmapContext::BitmapContext(std::uint8_t* data, int width, int height, std::size_t bytesPerRow, bool srgb)
+    : m_data(data), m_width(width), m_height(height), m_bytesPerRow(bytesPerRow), m_srgb(srgb),
+      m_path(MutablePath::create())
 {
 }
 

@@ -40,6 +40,9 @@ public:
     int height() const { return m_height; }
     std::size_t bytesPerRow() const { return m_bytesPerRow; }
     std::uint8_t* data() const { return m_data; }
+    /// True when the context was made with an sRGB colour space: filter images drawn into it are
+    /// encoded from linear light.
+    bool isSRGB() const { return m_srgb; }
 
     /// Fills antialias only while the context both allows it and should do it (both start on).
     void setAllowsAntialiasing(bool allows) { m_allowsAntialiasing = allows; }
@@ -80,7 +83,7 @@ public:
     bool replaceWithBlurredBox(Point low, Point high, double sigma);
 
 private:
-    BitmapContext(std::uint8_t* data, int width, int height, std::size_t bytesPerRow);
+    BitmapContext(std::uint8_t* data, int width, int height, std::size_t bytesPerRow, bool srgb);
     enum class Paint {
         FillColor,
         Clear,
@@ -93,6 +96,7 @@ private:
     int m_width;
     int m_height;
     std::size_t m_bytesPerRow;
+    bool m_srgb;
     bool m_allowsAntialiasing = true;
     bool m_shouldAntialias = true;
     float m_fill[4] = { 0, 0, 0, 1 }; // premultiplied, 0 to 255

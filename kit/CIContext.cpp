@@ -24,6 +24,11 @@ RefPtr<CIContext> CIContext::contextWithCGContextOptions(BitmapContext* context,
     return adoptRef(new CIContext(context));
 }
 
+CIContext::CIContext(BitmapContext* context)
+    : m_context(context), m_space(context->isSRGB() ? ColorSpace::createSRGB() : ColorSpace::createDeviceRGB())
+{
+}
+
 bool CIContext::drawImageInRectFromRect(const CIImage* image, const Rect& inRect, const Rect& fromRect)
 {
     return draw(image, inRect, fromRect, false);
@@ -67,7 +72,7 @@ bool CIContext::draw(const CIImage* image, const Rect& inRect, const Rect& fromR
     const auto topRow = (long long)flippedY(double(y1), double(H));
     std::uint8_t* first = m_context->data() + std::size_t(topRow) * m_context->bytesPerRow() + std::size_t(x0) * 4;
     return image->drawArea(int(x0 + dx), int(y0 + dy), int(x1 - x0), int(y1 - y0), first,
-        std::ptrdiff_t(m_context->bytesPerRow()), replace && writesAll);
+        std::ptrdiff_t(m_context->bytesPerRow()), replace && writesAll, m_space.get());
 }
 
 bool CIContext::drawScaled(const CIImage* image, const Rect& inRect, const Rect& fromRect)
@@ -84,7 +89,7 @@ bool CIContext::drawScaled(const CIImage* image, const Rect& inRect, const Rect&
     if (fw * fh > (1LL << 28))
         return false;
     std::vector<std::uint8_t> source(std::size_t(fw * fh * 4), 0);
-    if (!image->drawArea(int(fx), int(fy), int(fw), int(fh), source.data(), std::ptrdiff_t(fw * 4)))
+    if (!image->drawArea(int(fx), int(fy), int(fw), int(fh), source.data(), std::ptrdiff_t(fw * 4), false, m_space.get()))
         return false;
     auto texel = [&](long long x, long long y, int c) -> double {
         if (x < 0 || y < 0 || x >= fw || y >= fh)

@@ -8,7 +8,8 @@
 
 namespace kit {
 
-/// Draws filter images into a bitmap context, which it keeps alive.
+/// Draws filter images into a bitmap context, which it keeps alive. A context named with sRGB
+/// gets sRGB-encoded pixels; a device RGB one the working values as they are.
 class CIContext final : public Object {
 public:
     /// A context over the bitmap context; no options are known, so `options` is not read.
@@ -27,11 +28,12 @@ public:
     bool clearAndDrawImageInRectFromRect(const CIImage* image, const Rect& inRect, const Rect& fromRect);
 
 private:
-    explicit CIContext(BitmapContext* context) : m_context(context) {}
+    explicit CIContext(BitmapContext* context);
     bool draw(const CIImage* image, const Rect& inRect, const Rect& fromRect, bool replace);
     bool drawScaled(const CIImage* image, const Rect& inRect, const Rect& fromRect);
 
     RefPtr<BitmapContext> m_context;
+    RefPtr<ColorSpace> m_space; // the bitmap's
 };
 
 } // namespace kit

@@ -1,35 +1,57 @@
 // CIFilter: the table of known filters, their inputs and defaults, and their recipes.
 #include "kit/CIFilter.h"
 
+#include "kit/FilterOutputs.h"
+
 #include <cmath>
 #include <limits>
+#include <utility>
 #include <vector>
 
 namespace kit {
 
 struct CIFilter::Description {
     const char* name;
-    std::vector<const char*> imageKeys;
-    std::vector<std::pair<const char*, double>> numberKeys; // with defaults
+    std::vector<std::pair<const char*, double>> numberKeys; // with defaults, in order
+    std::vector<std::pair<const char*, Point>> pointKeys;
     Recipe output;
 };
 
 namespace {
 
-RefPtr<CIImage> gaussianBlurOutput(const CIFilter& filter)
-{
-    auto input = filter.imageForKey("inputImage");
-    const double radius = filter.numberForKey("inputRadius");
-    // The radius has no meaning below 0: such a blur, and a NaN one, blurs nothing.
-    return CIImage::gaussianBlur(std::move(input), radius >= 0 ? radius : 0);
-}
+constexpr Point kCentre { 150, 150 };
 
 } // namespace
 
 static const std::vector<CIFilter::Description>& descriptions()
 {
+    using namespace filteroutputs;
     static const std::vector<CIFilter::Description> table = {
-        { "CIGaussianBlur", { "inputImage" }, { { "inputRadius", 10.0 } }, gaussianBlurOutput },
+        { "CIGaussianBlur", { { "inputRadius", 10.0 } }, {}, gaussianBlur },
+        { "CIBoxBlur", { { "inputRadius", 10.0 } }, {}, nullptr },
+        { "CIDiscBlur", { { "inputRadius", 8.0 } }, {}, nullptr },
+        { "CIMotionBlur", { { "inputRadius", 20.0 }, { "inputAngle", 0.0 } }, {}, nullptr },
+        { "CIZoomBlur", { { "inputAmount", 20.0 } }, { { "inputCenter", kCentre } }, nullptr },
+        { "CIColorControls", { { "inputSaturation", 1.0 }, { "inputBrightness", 0.0 }, { "inputContrast", 1.0 } },
+            {}, nullptr },
+        { "CIExposureAdjust", { { "inputEV", 0.0 } }, {}, nullptr },
+        { "CIGammaAdjust", { { "inputPower", 1.0 } }, {}, nullptr },
+        { "CIHueAdjust", { { "inputAngle", 0.0 } }, {}, nullptr },
+        { "CIVibrance", { { "inputAmount", 0.0 } }, {}, nullptr },
+        { "CIColorInvert", {}, {}, colorInvert },
+        { "CIColorPosterize", { { "inputLevels", 6.0 } }, {}, nullptr },
+        { "CIPhotoEffectChrome", {}, {}, nullptr },
+        { "CIPhotoEffectFade", {}, {}, nullptr },
+        { "CIPhotoEffectInstant", {}, {}, nullptr },
+        { "CIPhotoEffectMono", {}, {}, nullptr },
+        { "CIPhotoEffectProcess", {}, {}, nullptr },
+        { "CIPhotoEffectTransfer", {}, {}, nullptr },
+        { "CISepiaTone", { { "inputIntensity", 1.0 } }, {}, nullptr },
+        { "CIVignette", { { "inputRadius", 1.0 }, { "inputIntensity", 0.0 } }, {}, nullptr },
+        { "CIVignetteEffect", { { "inputRadius", 150.0 }, { "inputIntensity", 1.0 }, { "inputFalloff", 0.5 } },
+            { { "inputCenter", kCentre } }, nullptr },
+        { "CIBumpDistortion", { { "inputRadius", 300.0 }, { "inputScale", 0.5 } }, { { "inputCenter", kCentre } },
+            nullptr },
     };
     return table;
 }
@@ -52,10 +74,12 @@ void CIFilter::setDefaults()
 {
     m_images.clear();
     m_numbers.clear();
-    for (const char* key : m_description.imageKeys)
-        m_images[key] = nullptr;
+    m_points.clear();
+    m_images["inputImage"] = nullptr;
     for (const auto& [key, value] : m_description.numberKeys)
         m_numbers[key] = value;
+    for (const auto& [key, value] : m_description.pointKeys)
+        m_points[key] = value;
 }
 
 void CIFilter::setValueForKey(RefPtr<CIImage> image, const std::string& key)
@@ -72,6 +96,13 @@ void CIFilter::setValueForKey(double number, const std::string& key)
         it->second = number;
 }
 
+void CIFilter::setValueForKey(Point point, const std::string& key)
+{
+    auto it = m_points.find(key);
+    if (it != m_points.end())
+        it->second = point;
+}
+
 RefPtr<CIImage> CIFilter::imageForKey(const std::string& key) const
 {
     if (key == "outputImage")
@@ -86,13 +117,36 @@ double CIFilter::numberForKey(const std::string& key) const
     return it == m_numbers.end() ? std::numeric_limits<double>::quiet_NaN() : it->second;
 }
 
+Point CIFilter::pointForKey(const std::string& key) const
+{
+    auto it = m_points.find(key);
+    constexpr float nan = std::numeric_limits<float>::quiet_NaN();
+    return it == m_points.end() ? Point { nan, nan } : it->second;
+}
+
+std::vector<std::string> CIFilter::numberKeys() const
+{
+    std::vector<std::string> keys;
+    for (const auto& entry : m_description.numberKeys)
+        keys.emplace_back(entry.first);
+    return keys;
+}
+
+std::vector<std::string> CIFilter::pointKeys() const
+{
+    std::vector<std::string> keys;
+    for (const auto& entry : m_description.pointKeys)
+        keys.emplace_back(entry.first);
+    return keys;
+}
+
 RefPtr<CIImage> CIFilter::outputImage() const
 {
     for (const auto& [key, image] : m_images) {
         if (!image)
             return nullptr;
     }
-    return m_description.output(*this);
+    return m_description.output ? m_description.output(*this) : nullptr;
 }
 
 } // namespace kit

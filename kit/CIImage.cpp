@@ -1,48 +1,26 @@
-// CIImage: bitmap sources, the Gaussian blur recipe, and rendering them into RGBA memory.
+// CIImage: bitmap sources, clamps and crops, the mask pipeline's 8-bit blur, and rendering any
+// image into float or 8-bit memory.
 #include "kit/CIImage.h"
 
 #include "kit/Flip.h"
 #include "kit/GaussianBlur.h"
-#include "kit/MemoryRecycler.h"
+#include "kit/LinearLight.h"
 #include "kit/PixelKernels.h"
+#include "kit/ScratchBlock.h"
 
 #include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <vector>
 
 namespace kit {
 
 namespace {
 
-struct Area {
-    long long x, y, width, height; // drawing space, whole pixels
-    long long maxX() const { return x + width; }
-    long long maxY() const { return y + height; }
-    bool isEmpty() const { return width <= 0 || height <= 0; }
-};
-
-Area intersect(const Area& a, const Area& b)
-{
-    const long long x0 = std::max(a.x, b.x), y0 = std::max(a.y, b.y);
-    const long long x1 = std::min(a.maxX(), b.maxX()), y1 = std::min(a.maxY(), b.maxY());
-    return { x0, y0, std::max(0LL, x1 - x0), std::max(0LL, y1 - y0) };
-}
-
-Area unite(const Area& a, const Area& b)
-{
-    const long long x0 = std::min(a.x, b.x), y0 = std::min(a.y, b.y);
-    return { x0, y0, std::max(a.maxX(), b.maxX()) - x0, std::max(a.maxY(), b.maxY()) - y0 };
-}
-
-// The whole pixels that a rectangle touches.
-Area enclosing(const Rect& r)
-{
-    const double x0 = std::floor(double(r.minX())), y0 = std::floor(double(r.minY()));
-    const double x1 = std::ceil(double(r.maxX())), y1 = std::ceil(double(r.maxY()));
-    return { (long long)x0, (long long)y0, (long long)(x1 - x0), (long long)(y1 - y0) };
-}
+using Area = PixelArea;
+using Scratch = ScratchBlock;
 
 // Clears the pixels of `area` outside `inside` (a part of it), in memory whose first row is the
 // area's top row.
@@ -60,34 +38,99 @@ void clearAround(const Area& area, const Area& inside, std::uint8_t* rgba, std::
     }
 }
 
+// The same for float pixels.
+void clearAround(const Area& area, const Area& inside, const FloatPixels& out)
+{
+    for (long long r = 0; r < area.height; ++r) {
+        float* row = out.row(r);
+        const long long band = area.maxY() - r;
+        if (inside.isEmpty() || band <= inside.y || band > inside.maxY()) {
+            std::fill(row, row + area.width * 4, 0.0f);
+            continue;
+        }
+        std::fill(row, row + (inside.x - area.x) * 4, 0.0f);
+        std::fill(row + (inside.maxX() - area.x) * 4, row + area.width * 4, 0.0f);
+    }
+}
+
 // Images above this many pixels are not rendered: a bound on scratch memory.
 constexpr long long kMaxRenderPixels = 1LL << 28;
 
-// RAII for a recycled scratch block.
-class Scratch {
+// The clamp: edge pixels repeated outward. An output pixel reads the input pixel nearest to it.
+class ClampRecipe final : public ImageRecipe {
 public:
-    explicit Scratch(std::size_t bytes)
-        : m_memory(bytes ? MemoryRecycler::shared().allocate(bytes) : nullptr)
+    explicit ClampRecipe(RefPtr<CIImage> input) : m_input(std::move(input)) {}
+    Rect extent() const override { return infiniteRect(); }
+    bool render(const PixelArea& area, const FloatPixels& out) const override
     {
-    }
-    ~Scratch() { MemoryRecycler::shared().release(m_memory); }
-    Scratch(const Scratch&) = delete;
-    Scratch& operator=(const Scratch&) = delete;
-    std::uint8_t* bytes() const { return static_cast<std::uint8_t*>(m_memory); }
-    explicit operator bool() const { return m_memory != nullptr; }
-    /// Takes a block only when it turns out to be needed.
-    bool allocate(std::size_t bytes)
-    {
-        if (!m_memory)
-            m_memory = MemoryRecycler::shared().allocate(bytes);
-        return m_memory != nullptr;
+        const Area source = Area::enclosing(m_input->extent());
+        if (source.isEmpty()) {
+            clearAround(area, {}, out);
+            return true;
+        }
+        auto nearest = [](long long v, long long lo, long long hi) { return std::clamp(v, lo, hi - 1); };
+        const long long x0 = nearest(area.x, source.x, source.maxX());
+        const long long x1 = nearest(area.maxX() - 1, source.x, source.maxX()) + 1;
+        const long long y0 = nearest(area.y, source.y, source.maxY());
+        const long long y1 = nearest(area.maxY() - 1, source.y, source.maxY()) + 1;
+        const Area inner { x0, y0, x1 - x0, y1 - y0 };
+        if (inner.count() > kMaxRenderPixels)
+            return false;
+        Scratch block(std::size_t(inner.count()) * 4 * sizeof(float));
+        const FloatPixels pixels { block.as<float>(), std::ptrdiff_t(inner.width * 4) };
+        if (!block || !m_input->renderArea(inner, pixels))
+            return false;
+        for (long long r = 0; r < area.height; ++r) {
+            const long long band = nearest(area.maxY() - r, inner.y + 1, inner.maxY() + 1);
+            const float* from = pixels.row(inner.maxY() - band);
+            float* row = out.row(r);
+            for (long long x = area.x; x < area.maxX(); ++x)
+                std::memcpy(row + (x - area.x) * 4, from + (nearest(x, inner.x, inner.maxX()) - inner.x) * 4, 16);
+        }
+        return true;
     }
 
 private:
-    void* m_memory;
+    RefPtr<CIImage> m_input;
+};
+
+// The crop: the input itself within the kept pixels; the image clears the rest.
+class CropRecipe final : public ImageRecipe {
+public:
+    CropRecipe(RefPtr<CIImage> input, Rect extent) : m_input(std::move(input)), m_extent(extent) {}
+    Rect extent() const override { return m_extent; }
+    bool render(const PixelArea& area, const FloatPixels& out) const override { return m_input->renderArea(area, out); }
+
+private:
+    RefPtr<CIImage> m_input;
+    Rect m_extent;
 };
 
 } // namespace
+
+PixelArea PixelArea::intersected(const PixelArea& other) const
+{
+    const long long x0 = std::max(x, other.x), y0 = std::max(y, other.y);
+    const long long x1 = std::min(maxX(), other.maxX()), y1 = std::min(maxY(), other.maxY());
+    return { x0, y0, std::max(0LL, x1 - x0), std::max(0LL, y1 - y0) };
+}
+
+PixelArea PixelArea::united(const PixelArea& other) const
+{
+    const long long x0 = std::min(x, other.x), y0 = std::min(y, other.y);
+    return { x0, y0, std::max(maxX(), other.maxX()) - x0, std::max(maxY(), other.maxY()) - y0 };
+}
+
+PixelArea PixelArea::enclosing(const Rect& r)
+{
+    static constexpr double limit = double(1LL << 40);
+    auto held = [](double v) { return std::clamp(v, -limit, limit); };
+    const double x0 = held(std::floor(double(r.minX()))), y0 = held(std::floor(double(r.minY())));
+    const double x1 = held(std::ceil(double(r.maxX()))), y1 = held(std::ceil(double(r.maxY())));
+    if (!(x1 > x0) || !(y1 > y0))
+        return {};
+    return { (long long)x0, (long long)y0, (long long)(x1 - x0), (long long)(y1 - y0) };
+}
 
 RefPtr<CIImage> CIImage::imageWithBitmapData(RefPtr<Data> data, std::size_t bytesPerRow, Size size, CIFormat format,
                                              const ColorSpace* colorSpace)
@@ -107,6 +150,7 @@ RefPtr<CIImage> CIImage::imageWithBitmapData(RefPtr<Data> data, std::size_t byte
     image->m_data = std::move(data);
     image->m_bytesPerRow = bytesPerRow;
     image->m_format = format;
+    image->m_srgb = colorSpace->isSRGB();
     return image;
 }
 
@@ -114,7 +158,7 @@ RefPtr<CIImage> CIImage::gaussianBlur(RefPtr<CIImage> input, double sigma)
 {
     if (!input || !(sigma > 0))
         return input;
-    auto image = adoptRef(new CIImage(Kind::GaussianBlur));
+    auto image = adoptRef(new CIImage(Kind::Recipe));
     const float grow = float(std::ceil(3 * sigma));
     const Rect in = input->extent();
     image->m_extent = Rect(in.minX() - grow, in.minY() - grow, in.width() + 2 * grow, in.height() + 2 * grow);
@@ -123,27 +167,108 @@ RefPtr<CIImage> CIImage::gaussianBlur(RefPtr<CIImage> input, double sigma)
     return image;
 }
 
-bool CIImage::drawArea(
-    int x, int y, int width, int height, std::uint8_t* rgba, std::ptrdiff_t rowStride, bool replace) const
+RefPtr<CIImage> CIImage::imageWithRecipe(RefPtr<ImageRecipe> recipe)
+{
+    if (!recipe)
+        return nullptr;
+    auto image = adoptRef(new CIImage(Kind::Recipe));
+    image->m_extent = recipe->extent();
+    image->m_recipe = std::move(recipe);
+    return image;
+}
+
+RefPtr<CIImage> CIImage::imageByClampingToExtent() const
+{
+    RefPtr<CIImage> self(const_cast<CIImage*>(this));
+    if (isInfinite(m_extent))
+        return self;
+    return imageWithRecipe(adoptRef(new ClampRecipe(std::move(self))));
+}
+
+RefPtr<CIImage> CIImage::imageByCroppingToRect(Rect rect) const
+{
+    RefPtr<CIImage> self(const_cast<CIImage*>(this));
+    return imageWithRecipe(adoptRef(new CropRecipe(std::move(self), intersection(m_extent, rect))));
+}
+
+bool CIImage::renderArea(const PixelArea& area, const FloatPixels& out) const
+{
+    if (area.isEmpty())
+        return true;
+    const Area inside = area.intersected(Area::enclosing(m_extent));
+    clearAround(area, inside, out);
+    if (inside.isEmpty())
+        return true;
+    if (inside.count() > kMaxRenderPixels)
+        return false;
+    const FloatPixels part { out.row(area.maxY() - inside.maxY()) + (inside.x - area.x) * 4, out.stride };
+    if (m_kind == Kind::Bitmap)
+        return renderBitmapArea(inside, part);
+    return m_recipe && m_recipe->render(inside, part);
+}
+
+bool CIImage::renderBitmapArea(const PixelArea& area, const FloatPixels& out) const
+{
+    const auto imageHeight = (long long)m_extent.height();
+    for (long long r = 0; r < area.height; ++r) {
+        const auto memoryRow = (long long)flippedY(double(area.maxY() - r), double(imageHeight));
+        const std::uint8_t* source = m_data->bytes() + std::size_t(memoryRow) * m_bytesPerRow + std::size_t(area.x) * 4;
+        linearlight::decodeRow(source, m_format == CIFormatARGB8, m_srgb, std::size_t(area.width), out.row(r));
+    }
+    return true;
+}
+
+bool CIImage::drawArea(int x, int y, int width, int height, std::uint8_t* rgba, std::ptrdiff_t rowStride, bool replace,
+    const ColorSpace* space) const
 {
     if (width <= 0 || height <= 0 || !rgba)
         return true;
+    const bool srgb = space && space->isSRGB();
     bool drawn = false;
-    switch (m_kind) {
-    case Kind::Bitmap: drawn = drawBitmapArea(x, y, width, height, rgba, rowStride, replace); break;
-    case Kind::GaussianBlur: drawn = drawBlurArea(x, y, width, height, rgba, rowStride, replace); break;
-    }
+    // Bitmaps go straight into memory of their own colour space, and the mask pipeline's blurs
+    // of device RGB bitmaps stay in 8 bits; everything else renders in floats.
+    if (m_kind == Kind::Bitmap && m_srgb == srgb)
+        drawn = drawBitmapArea(x, y, width, height, rgba, rowStride, replace);
+    else if (m_input && m_input->isDeviceBitmap() && !srgb)
+        drawn = drawBlurArea(x, y, width, height, rgba, rowStride, replace);
+    else
+        drawn = drawRenderedArea(x, y, width, height, rgba, rowStride, replace, srgb);
     // Outside its extent an image is transparent black: replacing writes that too.
+    const Area area { x, y, width, height };
     if (drawn && replace)
-        clearAround({ x, y, width, height }, intersect({ x, y, width, height }, enclosing(m_extent)), rgba, rowStride);
+        clearAround(area, area.intersected(Area::enclosing(m_extent)), rgba, rowStride);
     return drawn;
+}
+
+bool CIImage::drawRenderedArea(
+    int x, int y, int width, int height, std::uint8_t* rgba, std::ptrdiff_t rowStride, bool replace, bool srgb) const
+{
+    const Area area { x, y, width, height };
+    const Area wanted = area.intersected(Area::enclosing(m_extent));
+    if (wanted.isEmpty())
+        return true;
+    if (wanted.count() > kMaxRenderPixels)
+        return false;
+    Scratch floats(std::size_t(wanted.count()) * 4 * sizeof(float));
+    std::vector<std::uint8_t> line(std::size_t(wanted.width) * 4);
+    const FloatPixels pixels { floats.as<float>(), std::ptrdiff_t(wanted.width * 4) };
+    if (!floats || !renderArea(wanted, pixels))
+        return false;
+    std::uint8_t* out = rgba + (area.maxY() - wanted.maxY()) * rowStride + (wanted.x - area.x) * 4;
+    for (long long r = 0; r < wanted.height; ++r) {
+        std::uint8_t* target = out + r * rowStride;
+        linearlight::encodeRow(pixels.row(r), srgb, std::size_t(wanted.width), replace ? target : line.data());
+        if (!replace)
+            pixelkernels::compositeOver(line.data(), target, std::size_t(wanted.width));
+    }
+    return true;
 }
 
 bool CIImage::drawBitmapArea(
     int x, int y, int width, int height, std::uint8_t* rgba, std::ptrdiff_t rowStride, bool replace) const
 {
     const Area area { x, y, width, height };
-    const Area inside = intersect(area, enclosing(m_extent));
+    const Area inside = area.intersected(Area::enclosing(m_extent));
     if (inside.isEmpty())
         return true;
     const long long imageHeight = (long long)m_extent.height();
@@ -172,38 +297,24 @@ bool CIImage::drawBlurArea(
     int x, int y, int width, int height, std::uint8_t* rgba, std::ptrdiff_t rowStride, bool replace) const
 {
     const Area area { x, y, width, height };
-    const Area wanted = intersect(area, enclosing(m_extent));
+    const Area wanted = area.intersected(Area::enclosing(m_extent));
     if (wanted.isEmpty())
         return true;
     if (GaussianBlur(m_sigma).isIdentity())
         return m_input->drawArea(x, y, width, height, rgba, rowStride, replace);
-    const Area inputArea = enclosing(m_input->extent());
+    const Area inputArea = Area::enclosing(m_input->extent());
     // The recursion runs over everything the input covers and the wanted pixels; outside the
     // input it reads transparent black.
-    const Area domain = unite(wanted, inputArea);
+    const Area domain = wanted.united(inputArea);
     if (domain.width * domain.height > kMaxRenderPixels || inputArea.width * inputArea.height > kMaxRenderPixels)
         return false;
 
+    // Only device RGB bitmaps come here: the blur reads their bytes in place.
     BlurSource source;
-    int shifts[4]; // bit positions of R, G, B, A in the source's little-endian words
-    Scratch rendered(m_input->m_kind == Kind::Bitmap ? 0 : std::size_t(inputArea.width * inputArea.height * 4));
-    if (m_input->m_kind == Kind::Bitmap) {
-        source.pixels = m_input->m_data->bytes();
-        source.rowStride = std::ptrdiff_t(m_input->m_bytesPerRow);
-        const bool argb = m_input->m_format == CIFormatARGB8;
-        const int argbShifts[4] = { 8, 16, 24, 0 }, rgbaShifts[4] = { 0, 8, 16, 24 };
-        std::copy_n(argb ? argbShifts : rgbaShifts, 4, shifts);
-    } else {
-        if (!rendered)
-            return false;
-        if (!m_input->drawArea(int(inputArea.x), int(inputArea.y), int(inputArea.width), int(inputArea.height),
-                rendered.bytes(), std::ptrdiff_t(inputArea.width * 4), true))
-            return false;
-        source.pixels = rendered.bytes();
-        source.rowStride = std::ptrdiff_t(inputArea.width * 4);
-        const int rgbaShifts[4] = { 0, 8, 16, 24 };
-        std::copy_n(rgbaShifts, 4, shifts);
-    }
+    source.pixels = m_input->m_data->bytes();
+    source.rowStride = std::ptrdiff_t(m_input->m_bytesPerRow);
+    const int argbShifts[4] = { 8, 16, 24, 0 }, rgbaShifts[4] = { 0, 8, 16, 24 };
+    const int* shifts = m_input->m_format == CIFormatARGB8 ? argbShifts : rgbaShifts;
     source.width = int(inputArea.width);
     source.height = int(inputArea.height);
     source.x = int(inputArea.x - domain.x);

@@ -2,8 +2,20 @@
 #include "kit/Geometry.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace kit {
+
+Rect infiniteRect()
+{
+    constexpr float big = std::numeric_limits<float>::max();
+    return { -big / 2, -big / 2, big, big };
+}
+
+bool isInfinite(const Rect& r)
+{
+    return r.width() >= std::numeric_limits<float>::max() || r.height() >= std::numeric_limits<float>::max();
+}
 
 Rect intersection(const Rect& a, const Rect& b)
 {

@@ -35,6 +35,10 @@ struct Rect {
     bool isEmpty() const { return !(size.width > 0) || !(size.height > 0); }
 };
 
+/// The extent of an image without bounds: finite float edges far beyond any pixel, so that
+/// maxX and maxY stay finite too.
+Rect infiniteRect();
+bool isInfinite(const Rect& r);
 /// The rectangle's intersection with another; an empty rectangle at the origin when they are apart.
 Rect intersection(const Rect& a, const Rect& b);
 /// The point-in-rectangle test of the original platform: minX <= x < maxX and minY <= y < maxY.

@@ -1,0 +1,47 @@
+// ColorMapRecipe: a filter that maps each pixel's colour on its own, in place over rows.
+#pragma once
+
+#include "kit/CIImage.h"
+#include "kit/ImageRecipe.h"
+
+#include <cstddef>
+#include <functional>
+
+namespace kit {
+
+/// Renders its input and maps every row of premultiplied floats in place; the extent is the
+/// input's (a transparent pixel stays transparent).
+class ColorMapRecipe final : public ImageRecipe {
+public:
+    using RowMap = std::function<void(float* rgba, std::size_t count)>;
+
+    ColorMapRecipe(RefPtr<CIImage> input, RowMap map) : m_input(std::move(input)), m_map(std::move(map)) {}
+
+    /// A row map that un-premultiplies each pixel with alpha above 0, hands `f` its colour
+    /// (float rgb[3]) to change, and premultiplies again; alpha is kept.
+    template <typename F> static RowMap unpremultiplied(F f)
+    {
+        return [f](float* rgba, std::size_t count) {
+            for (std::size_t i = 0; i < count; ++i) {
+                float* p = rgba + 4 * i;
+                const float a = p[3];
+                if (!(a > 0))
+                    continue;
+                float rgb[3] = { p[0] / a, p[1] / a, p[2] / a };
+                f(rgb);
+                p[0] = rgb[0] * a;
+                p[1] = rgb[1] * a;
+                p[2] = rgb[2] * a;
+            }
+        };
+    }
+
+    Rect extent() const override { return m_input->extent(); }
+    bool render(const PixelArea& area, const FloatPixels& out) const override;
+
+private:
+    RefPtr<CIImage> m_input;
+    RowMap m_map;
+};
+
+} // namespace kit

@@ -1,0 +1,49 @@
+// ImageRecipe: what a filter image computes, as an extent and the rendering of an area of it.
+#pragma once
+
+#include "kit/Geometry.h"
+#include "kit/Object.h"
+
+#include <algorithm>
+#include <cstddef>
+
+namespace kit {
+
+/// A whole-pixel area of drawing space, y up.
+struct PixelArea {
+    long long x = 0, y = 0, width = 0, height = 0;
+
+    long long maxX() const { return x + width; }
+    long long maxY() const { return y + height; }
+    bool isEmpty() const { return width <= 0 || height <= 0; }
+    long long count() const { return isEmpty() ? 0 : width * height; }
+    bool operator==(const PixelArea&) const = default;
+
+    PixelArea intersected(const PixelArea& other) const;
+    PixelArea united(const PixelArea& other) const;
+    PixelArea grown(long long dx, long long dy) const { return { x - dx, y - dy, width + 2 * dx, height + 2 * dy }; }
+    /// The whole pixels a rectangle touches; edges beyond 2^40 (an infinite extent's) are held there.
+    static PixelArea enclosing(const Rect& r);
+};
+
+/// Premultiplied RGBA floats of a pixel area: four a pixel, rows top (maxY) first, `stride`
+/// floats from one row to the next.
+struct FloatPixels {
+    float* data = nullptr;
+    std::ptrdiff_t stride = 0;
+    float* row(long long r) const { return data + r * stride; }
+};
+
+/// The work behind a filter image. Rendering fills an area that lies within the enclosing
+/// pixels of the extent (the image clears what lies outside), in the working space: linear
+/// light, premultiplied, values free to leave 0 .. 1. It renders its inputs over only the
+/// area the output needs.
+class ImageRecipe : public Object {
+public:
+    virtual Rect extent() const = 0;
+    /// False, with the pixels undefined, when scratch memory cannot be had or the area is too
+    /// large to render.
+    virtual bool render(const PixelArea& area, const FloatPixels& out) const = 0;
+};
+
+} // namespace kit

@@ -1,0 +1,110 @@
+// LinearLight: tables for the sRGB curve, and the row conversions at either end of the filter chain.
+#include "kit/LinearLight.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstring>
+#include <vector>
+
+namespace kit::linearlight {
+
+namespace {
+
+constexpr int kSteps = 4096;
+
+// x held to lo .. hi, NaN to lo.
+float held(float x, float lo, float hi) { return std::max(lo, std::min(x, hi)); }
+
+double exactToLinear(double u) { return u <= 0.04045 ? u / 12.92 : std::pow((u + 0.055) / 1.055, 2.4); }
+double exactToSRGB(double v) { return v <= 0.0031308 ? v * 12.92 : 1.055 * std::pow(v, 1 / 2.4) - 0.055; }
+
+struct Curve {
+    std::array<float, kSteps + 2> values {};
+    explicit Curve(double (*f)(double))
+    {
+        for (int i = 0; i <= kSteps; ++i)
+            values[std::size_t(i)] = float(f(double(i) / kSteps));
+        values[kSteps + 1] = values[kSteps];
+    }
+    float operator()(float x) const
+    {
+        const float t = held(x, 0, 1) * kSteps;
+        const int i = int(t);
+        const float f = t - float(i);
+        return values[std::size_t(i)] + (values[std::size_t(i) + 1] - values[std::size_t(i)]) * f;
+    }
+};
+
+const Curve& linearCurve()
+{
+    static const Curve curve(exactToLinear);
+    return curve;
+}
+
+const Curve& srgbCurve()
+{
+    static const Curve curve(exactToSRGB);
+    return curve;
+}
+
+// Premultiplied 8-bit sRGB colour c under alpha a, as a premultiplied linear float: a 256 x 256
+// table, exact to float.
+const std::vector<float>& decodedTable()
+{
+    static const std::vector<float> table = [] {
+        std::vector<float> t(256 * 256, 0.0f);
+        for (int a = 1; a < 256; ++a)
+            for (int c = 0; c < 256; ++c)
+                t[std::size_t(a * 256 + c)] = float(a / 255.0 * exactToLinear(std::min(c, a) / double(a)));
+        return t;
+    }();
+    return table;
+}
+
+} // namespace
+
+float toLinear(float encoded) { return linearCurve()(encoded); }
+
+float toSRGB(float linear) { return srgbCurve()(linear); }
+
+void decodeRow(const std::uint8_t* pixels, bool argb, bool srgb, std::size_t count, float* out)
+{
+    const int first = argb ? 1 : 0, alpha = argb ? 0 : 3;
+    if (!srgb) {
+        for (std::size_t i = 0; i < count; ++i) {
+            const std::uint8_t* p = pixels + 4 * i;
+            for (int c = 0; c < 3; ++c)
+                out[4 * i + std::size_t(c)] = p[first + c] * (1.0f / 255);
+            out[4 * i + 3] = p[alpha] * (1.0f / 255);
+        }
+        return;
+    }
+    const float* table = decodedTable().data();
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::uint8_t* p = pixels + 4 * i;
+        const float* row = table + std::size_t(p[alpha]) * 256;
+        for (int c = 0; c < 3; ++c)
+            out[4 * i + std::size_t(c)] = row[p[first + c]];
+        out[4 * i + 3] = p[alpha] * (1.0f / 255);
+    }
+}
+
+void encodeRow(const float* pixels, bool srgb, std::size_t count, std::uint8_t* out)
+{
+    for (std::size_t i = 0; i < count; ++i) {
+        const float* p = pixels + 4 * i;
+        const float a = held(p[3], 0, 1);
+        const float a8 = std::nearbyint(a * 255);
+        std::uint8_t* q = out + 4 * i;
+        q[3] = std::uint8_t(a8);
+        for (int c = 0; c < 3; ++c) {
+            const float v = held(p[c], 0, a);
+            q[c] = a8 == 0 ? 0
+                : srgb     ? std::uint8_t(std::nearbyint(a8 * toSRGB(v / a)))
+                           : std::uint8_t(std::nearbyint(std::min(v * 255, a8)));
+        }
+    }
+}
+
+} // namespace kit::linearlight
