@@ -28,30 +28,30 @@ static const std::vector<CIFilter::Description>& descriptions()
     using namespace filteroutputs;
     static const std::vector<CIFilter::Description> table = {
         { "CIGaussianBlur", { { "inputRadius", 10.0 } }, {}, gaussianBlur },
-        { "CIBoxBlur", { { "inputRadius", 10.0 } }, {}, nullptr },
-        { "CIDiscBlur", { { "inputRadius", 8.0 } }, {}, nullptr },
-        { "CIMotionBlur", { { "inputRadius", 20.0 }, { "inputAngle", 0.0 } }, {}, nullptr },
-        { "CIZoomBlur", { { "inputAmount", 20.0 } }, { { "inputCenter", kCentre } }, nullptr },
+        { "CIBoxBlur", { { "inputRadius", 10.0 } }, {}, boxBlur },
+        { "CIDiscBlur", { { "inputRadius", 8.0 } }, {}, discBlur },
+        { "CIMotionBlur", { { "inputRadius", 20.0 }, { "inputAngle", 0.0 } }, {}, motionBlur },
+        { "CIZoomBlur", { { "inputAmount", 20.0 } }, { { "inputCenter", kCentre } }, zoomBlur },
         { "CIColorControls", { { "inputSaturation", 1.0 }, { "inputBrightness", 0.0 }, { "inputContrast", 1.0 } },
-            {}, nullptr },
-        { "CIExposureAdjust", { { "inputEV", 0.0 } }, {}, nullptr },
-        { "CIGammaAdjust", { { "inputPower", 1.0 } }, {}, nullptr },
-        { "CIHueAdjust", { { "inputAngle", 0.0 } }, {}, nullptr },
-        { "CIVibrance", { { "inputAmount", 0.0 } }, {}, nullptr },
+            {}, colorControls },
+        { "CIExposureAdjust", { { "inputEV", 0.0 } }, {}, exposureAdjust },
+        { "CIGammaAdjust", { { "inputPower", 1.0 } }, {}, gammaAdjust },
+        { "CIHueAdjust", { { "inputAngle", 0.0 } }, {}, hueAdjust },
+        { "CIVibrance", { { "inputAmount", 0.0 } }, {}, vibrance },
         { "CIColorInvert", {}, {}, colorInvert },
-        { "CIColorPosterize", { { "inputLevels", 6.0 } }, {}, nullptr },
-        { "CIPhotoEffectChrome", {}, {}, nullptr },
-        { "CIPhotoEffectFade", {}, {}, nullptr },
-        { "CIPhotoEffectInstant", {}, {}, nullptr },
-        { "CIPhotoEffectMono", {}, {}, nullptr },
-        { "CIPhotoEffectProcess", {}, {}, nullptr },
-        { "CIPhotoEffectTransfer", {}, {}, nullptr },
-        { "CISepiaTone", { { "inputIntensity", 1.0 } }, {}, nullptr },
-        { "CIVignette", { { "inputRadius", 1.0 }, { "inputIntensity", 0.0 } }, {}, nullptr },
+        { "CIColorPosterize", { { "inputLevels", 6.0 } }, {}, colorPosterize },
+        { "CIPhotoEffectChrome", {}, {}, photoEffectChrome },
+        { "CIPhotoEffectFade", {}, {}, photoEffectFade },
+        { "CIPhotoEffectInstant", {}, {}, photoEffectInstant },
+        { "CIPhotoEffectMono", {}, {}, photoEffectMono },
+        { "CIPhotoEffectProcess", {}, {}, photoEffectProcess },
+        { "CIPhotoEffectTransfer", {}, {}, photoEffectTransfer },
+        { "CISepiaTone", { { "inputIntensity", 1.0 } }, {}, sepiaTone },
+        { "CIVignette", { { "inputRadius", 1.0 }, { "inputIntensity", 0.0 } }, {}, vignette },
         { "CIVignetteEffect", { { "inputRadius", 150.0 }, { "inputIntensity", 1.0 }, { "inputFalloff", 0.5 } },
-            { { "inputCenter", kCentre } }, nullptr },
+            { { "inputCenter", kCentre } }, vignetteEffect },
         { "CIBumpDistortion", { { "inputRadius", 300.0 }, { "inputScale", 0.5 } }, { { "inputCenter", kCentre } },
-            nullptr },
+            bumpDistortion },
     };
     return table;
 }
@@ -146,7 +146,7 @@ RefPtr<CIImage> CIFilter::outputImage() const
         if (!image)
             return nullptr;
     }
-    return m_description.output ? m_description.output(*this) : nullptr;
+    return m_description.output(*this);
 }
 
 } // namespace kit

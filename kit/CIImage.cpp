@@ -4,6 +4,7 @@
 
 #include "kit/Flip.h"
 #include "kit/GaussianBlur.h"
+#include "kit/GaussianBlurRecipe.h"
 #include "kit/LinearLight.h"
 #include "kit/PixelKernels.h"
 #include "kit/ScratchBlock.h"
@@ -61,6 +62,7 @@ class ClampRecipe final : public ImageRecipe {
 public:
     explicit ClampRecipe(RefPtr<CIImage> input) : m_input(std::move(input)) {}
     Rect extent() const override { return infiniteRect(); }
+    Rect placementExtent() const override { return m_input->placementExtent(); }
     bool render(const PixelArea& area, const FloatPixels& out) const override
     {
         const Area source = Area::enclosing(m_input->extent());
@@ -99,6 +101,7 @@ class CropRecipe final : public ImageRecipe {
 public:
     CropRecipe(RefPtr<CIImage> input, Rect extent) : m_input(std::move(input)), m_extent(extent) {}
     Rect extent() const override { return m_extent; }
+    Rect placementExtent() const override { return isInfinite(m_extent) ? m_input->placementExtent() : m_extent; }
     bool render(const PixelArea& area, const FloatPixels& out) const override { return m_input->renderArea(area, out); }
 
 private:
@@ -158,10 +161,7 @@ RefPtr<CIImage> CIImage::gaussianBlur(RefPtr<CIImage> input, double sigma)
 {
     if (!input || !(sigma > 0))
         return input;
-    auto image = adoptRef(new CIImage(Kind::Recipe));
-    const float grow = float(std::ceil(3 * sigma));
-    const Rect in = input->extent();
-    image->m_extent = Rect(in.minX() - grow, in.minY() - grow, in.width() + 2 * grow, in.height() + 2 * grow);
+    auto image = imageWithRecipe(adoptRef(new GaussianBlurRecipe(input, sigma)));
     image->m_input = std::move(input);
     image->m_sigma = sigma;
     return image;

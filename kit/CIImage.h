@@ -40,6 +40,10 @@ public:
     static RefPtr<CIImage> imageWithRecipe(RefPtr<ImageRecipe> recipe);
 
     Rect extent() const { return m_extent; }
+    /// The rectangle that filters placing themselves on the image (the vignette's centre and
+    /// size, the zoom's length) measure: the extent, but for an image clamped to its extent,
+    /// and filters over one, the extent it was clamped from.
+    Rect placementExtent() const { return m_recipe ? m_recipe->placementExtent() : m_extent; }
 
     /// This image with its edge pixels repeated outward without end: an infinite extent. An
     /// image whose extent is already infinite is itself.

@@ -10,10 +10,11 @@
 namespace kit {
 
 /// Renders its input and maps every row of premultiplied floats in place; the extent is the
-/// input's (a transparent pixel stays transparent).
+/// input's (a transparent pixel stays transparent). A map is handed a row of `count` pixels
+/// whose first pixel is (x, y) in drawing space.
 class ColorMapRecipe final : public ImageRecipe {
 public:
-    using RowMap = std::function<void(float* rgba, std::size_t count)>;
+    using RowMap = std::function<void(float* rgba, std::size_t count, long long x, long long y)>;
 
     ColorMapRecipe(RefPtr<CIImage> input, RowMap map) : m_input(std::move(input)), m_map(std::move(map)) {}
 
@@ -21,7 +22,7 @@ public:
     /// (float rgb[3]) to change, and premultiplies again; alpha is kept.
     template <typename F> static RowMap unpremultiplied(F f)
     {
-        return [f](float* rgba, std::size_t count) {
+        return [f](float* rgba, std::size_t count, long long, long long) {
             for (std::size_t i = 0; i < count; ++i) {
                 float* p = rgba + 4 * i;
                 const float a = p[3];
@@ -37,6 +38,7 @@ public:
     }
 
     Rect extent() const override { return m_input->extent(); }
+    Rect placementExtent() const override { return m_input->placementExtent(); }
     bool render(const PixelArea& area, const FloatPixels& out) const override;
 
 private:

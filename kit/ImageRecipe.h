@@ -41,6 +41,8 @@ struct FloatPixels {
 class ImageRecipe : public Object {
 public:
     virtual Rect extent() const = 0;
+    /// What filters that place themselves on the image measure (see CIImage::placementExtent).
+    virtual Rect placementExtent() const { return extent(); }
     /// False, with the pixels undefined, when scratch memory cannot be had or the area is too
     /// large to render.
     virtual bool render(const PixelArea& area, const FloatPixels& out) const = 0;

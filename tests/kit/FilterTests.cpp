@@ -7,8 +7,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <random>
+#include <string>
 #include <vector>
 
 namespace {
@@ -279,6 +281,110 @@ TEST(CIFilter, GaussianBlurHasItsKeysAndDefaultsAndAnOutputOnlyWithAnInput)
     }
     filter->setDefaults();
     EXPECT_FALSE(filter->outputImage());
+}
+
+TEST(CIFilter, ListsItsNumberAndPointKeysInOrderAndIgnoresOthers)
+{
+    auto effect = kit::CIFilter::filterWithName("CIVignetteEffect");
+    ASSERT_TRUE(effect);
+    EXPECT_EQ(effect->numberKeys(), (std::vector<std::string> { "inputRadius", "inputIntensity", "inputFalloff" }));
+    EXPECT_EQ(effect->pointKeys(), (std::vector<std::string> { "inputCenter" }));
+    EXPECT_EQ(effect->pointForKey("inputCenter"), (kit::Point { 150, 150 }));
+    effect->setValueForKey(kit::Point { 3, 4 }, "inputCenter");
+    effect->setValueForKey(kit::Point { 3, 4 }, "inputRadius"); // a number key takes no point
+    EXPECT_EQ(effect->pointForKey("inputCenter"), (kit::Point { 3, 4 }));
+    EXPECT_EQ(effect->numberForKey("inputRadius"), 150.0);
+    EXPECT_TRUE(std::isnan(effect->pointForKey("inputRadius").x));
+    auto invert = kit::CIFilter::filterWithName("CIColorInvert");
+    ASSERT_TRUE(invert);
+    EXPECT_TRUE(invert->numberKeys().empty());
+    EXPECT_TRUE(invert->pointKeys().empty());
+    EXPECT_FALSE(invert->outputImage()); // no input image yet
+}
+
+// An sRGB image of `w` x `h` RGBA bytes.
+kit::RefPtr<kit::CIImage> srgbImage(const std::vector<std::uint8_t>& rgba, int w, int h)
+{
+    auto space = kit::ColorSpace::createSRGB();
+    return kit::CIImage::imageWithBitmapData(kit::Data::dataWithBytes(rgba.data(), rgba.size()), std::size_t(w) * 4,
+        { float(w), float(h) }, kit::CIFormatRGBA8, space.get());
+}
+
+std::vector<std::uint8_t> drawnInto(const kit::CIImage& image, int w, int h, bool srgb)
+{
+    std::vector<std::uint8_t> out(std::size_t(w * h * 4), 7);
+    auto space = srgb ? kit::ColorSpace::createSRGB() : kit::ColorSpace::createDeviceRGB();
+    auto context = kit::BitmapContext::create(out.data(), w, h, 8, std::size_t(w) * 4, space.get(),
+                                              kit::ImageAlphaPremultipliedLast);
+    const kit::Rect whole(0, 0, float(w), float(h));
+    EXPECT_TRUE(kit::CIContext::contextWithCGContextOptions(context.get(), nullptr)
+                    ->clearAndDrawImageInRectFromRect(&image, whole, whole));
+    return out;
+}
+
+TEST(CIImage, SRGBBytesComeBackExactlyThroughTheLinearChainAndDecodeIntoDeviceMemory)
+{
+    // Every colour byte under opaque, half and faint alpha.
+    std::vector<std::uint8_t> rgba;
+    for (int a : { 255, 128, 7 })
+        for (int c = 0; c <= a; ++c)
+            rgba.insert(rgba.end(), { std::uint8_t(c), std::uint8_t(a - c), std::uint8_t(c / 2), std::uint8_t(a) });
+    const int w = int(rgba.size() / 4);
+    auto image = srgbImage(rgba, w, 1);
+    auto filter = kit::CIFilter::filterWithName("CIExposureAdjust"); // EV 0: the chain without a change
+    filter->setValueForKey(image, "inputImage");
+    EXPECT_EQ(drawnInto(*filter->outputImage(), w, 1, true), rgba);
+    // Into device RGB the values arrive in linear light: sRGB 188 is linear 0.5.
+    const std::vector<std::uint8_t> grey = { 188, 188, 188, 255 };
+    EXPECT_EQ(drawnInto(*srgbImage(grey, 1, 1), 1, 1, false), (std::vector<std::uint8_t> { 128, 128, 128, 255 }));
+}
+
+TEST(CIImage, ClampingRepeatsTheEdgesWithoutEndAndCroppingCutsBack)
+{
+    // 3 x 2, memory top row first: top (A, B, C), bottom (D, E, F).
+    std::vector<std::uint8_t> rgba;
+    for (int i = 0; i < 6; ++i)
+        rgba.insert(rgba.end(), { std::uint8_t(40 * i), std::uint8_t(255 - 40 * i), 90, 255 });
+    auto clamped = srgbImage(rgba, 3, 2)->imageByClampingToExtent();
+    EXPECT_TRUE(kit::isInfinite(clamped->extent()));
+    EXPECT_EQ(clamped->imageByClampingToExtent().get(), clamped.get());
+    // An area far off to the lower right and one above the left: F and A repeated.
+    std::vector<std::uint8_t> far(4 * 4, 0), above(4 * 2, 0);
+    auto space = kit::ColorSpace::createSRGB();
+    ASSERT_TRUE(clamped->drawArea(1000, -5000, 2, 2, far.data(), 8, true, space.get()));
+    ASSERT_TRUE(clamped->drawArea(-7, 40, 1, 2, above.data(), 4, true, space.get()));
+    for (int p = 0; p < 4; ++p)
+        EXPECT_TRUE(std::equal(far.begin() + 4 * p, far.begin() + 4 * p + 4, rgba.begin() + 20)) << p;
+    for (int p = 0; p < 2; ++p)
+        EXPECT_TRUE(std::equal(above.begin() + 4 * p, above.begin() + 4 * p + 4, rgba.begin())) << p;
+
+    auto cropped = clamped->imageByCroppingToRect(kit::Rect(-1, 0, 2, 5));
+    EXPECT_EQ(cropped->extent(), kit::Rect(-1, 0, 2, 5));
+    std::vector<std::uint8_t> row(4 * 4, 1);
+    ASSERT_TRUE(cropped->drawArea(-2, 4, 4, 1, row.data(), 16, true, space.get()));
+    EXPECT_EQ(std::vector<std::uint8_t>(row.begin(), row.begin() + 4), (std::vector<std::uint8_t> { 0, 0, 0, 0 }));
+    EXPECT_TRUE(std::equal(row.begin() + 4, row.begin() + 12, std::vector<std::uint8_t> { 0, 255, 90, 255, 0, 255, 90, 255 }.begin()));
+    EXPECT_EQ(std::vector<std::uint8_t>(row.begin() + 12, row.end()), (std::vector<std::uint8_t> { 0, 0, 0, 0 }));
+}
+
+TEST(CIImage, ABlurOfAClampedPictureKeepsItsBordersFromFading)
+{
+    // A flat colour stays flat to the very edge, where a blur of the bare picture darkens.
+    const int w = 19, h = 11;
+    std::vector<std::uint8_t> rgba;
+    for (int i = 0; i < w * h; ++i)
+        rgba.insert(rgba.end(), { 200, 120, 30, 255 });
+    auto picture = srgbImage(rgba, w, h);
+    for (const char* name : { "CIGaussianBlur", "CIBoxBlur", "CIDiscBlur", "CIMotionBlur" }) {
+        auto filter = kit::CIFilter::filterWithName(name);
+        filter->setValueForKey(picture->imageByClampingToExtent(), "inputImage");
+        filter->setValueForKey(6.0, "inputRadius");
+        auto output = filter->outputImage()->imageByCroppingToRect(picture->extent());
+        EXPECT_EQ(output->extent(), picture->extent());
+        const auto drawn = drawnInto(*output, w, h, true);
+        for (std::size_t i = 0; i < drawn.size(); ++i)
+            ASSERT_NEAR(drawn[i], rgba[i], 1) << name << " byte " << i;
+    }
 }
 
 TEST(MemoryRecycler, HandsALargeGivenBackBlockToTheNextRequestOfAboutItsSize)
