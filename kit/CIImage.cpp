@@ -63,6 +63,7 @@ public:
     explicit ClampRecipe(RefPtr<CIImage> input) : m_input(std::move(input)) {}
     Rect extent() const override { return infiniteRect(); }
     Rect placementExtent() const override { return m_input->placementExtent(); }
+    bool rendersRowsAlone() const override { return m_input->rendersRowsAlone(); }
     bool render(const PixelArea& area, const FloatPixels& out) const override
     {
         const Area source = Area::enclosing(m_input->extent());
@@ -102,6 +103,7 @@ public:
     CropRecipe(RefPtr<CIImage> input, Rect extent) : m_input(std::move(input)), m_extent(extent) {}
     Rect extent() const override { return m_extent; }
     Rect placementExtent() const override { return isInfinite(m_extent) ? m_input->placementExtent() : m_extent; }
+    bool rendersRowsAlone() const override { return m_input->rendersRowsAlone(); }
     bool render(const PixelArea& area, const FloatPixels& out) const override { return m_input->renderArea(area, out); }
 
 private:
@@ -249,18 +251,41 @@ bool CIImage::drawRenderedArea(
         return true;
     if (wanted.count() > kMaxRenderPixels)
         return false;
-    Scratch floats(std::size_t(wanted.count()) * 4 * sizeof(float));
-    std::vector<std::uint8_t> line(std::size_t(wanted.width) * 4);
-    const FloatPixels pixels { floats.as<float>(), std::ptrdiff_t(wanted.width * 4) };
-    if (!floats || !renderArea(wanted, pixels))
-        return false;
     std::uint8_t* out = rgba + (area.maxY() - wanted.maxY()) * rowStride + (wanted.x - area.x) * 4;
-    for (long long r = 0; r < wanted.height; ++r) {
-        std::uint8_t* target = out + r * rowStride;
-        linearlight::encodeRow(pixels.row(r), srgb, std::size_t(wanted.width), replace ? target : line.data());
-        if (!replace)
-            pixelkernels::compositeOver(line.data(), target, std::size_t(wanted.width));
+    if (m_recipe && drawBytes(wanted, out, rowStride, replace, srgb))
+        return true;
+    // Images whose rows render alone go a few rows at a time, so the floats stay in cache;
+    // anything with a neighbourhood renders at once.
+    const long long bandRows = rendersRowsAlone() ? std::min(wanted.height, 8LL) : wanted.height;
+    Scratch floats(std::size_t(bandRows * wanted.width) * 4 * sizeof(float));
+    std::vector<std::uint8_t> line(replace ? 0 : std::size_t(wanted.width) * 4);
+    const FloatPixels pixels { floats.as<float>(), std::ptrdiff_t(wanted.width * 4) };
+    if (!floats)
+        return false;
+    for (long long first = 0; first < wanted.height; first += bandRows) {
+        const long long rows = std::min(bandRows, wanted.height - first);
+        if (!renderArea({ wanted.x, wanted.maxY() - first - rows, wanted.width, rows }, pixels))
+            return false;
+        for (long long r = 0; r < rows; ++r) {
+            std::uint8_t* target = out + (first + r) * rowStride;
+            linearlight::encodeRow(pixels.row(r), srgb, std::size_t(wanted.width), replace ? target : line.data());
+            if (!replace)
+                pixelkernels::compositeOver(line.data(), target, std::size_t(wanted.width));
+        }
     }
+    return true;
+}
+
+bool CIImage::drawBytes(
+    const PixelArea& area, std::uint8_t* out, std::ptrdiff_t rowStride, bool replace, bool srgb) const
+{
+    if (replace)
+        return m_recipe->drawBytes(area, out, rowStride, srgb);
+    std::vector<std::uint8_t> bytes(std::size_t(area.count()) * 4);
+    if (!m_recipe->drawBytes(area, bytes.data(), std::ptrdiff_t(area.width * 4), srgb))
+        return false;
+    for (long long r = 0; r < area.height; ++r)
+        pixelkernels::compositeOver(bytes.data() + r * area.width * 4, out + r * rowStride, std::size_t(area.width));
     return true;
 }
 

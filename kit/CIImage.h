@@ -44,6 +44,10 @@ public:
     /// size, the zoom's length) measure: the extent, but for an image clamped to its extent,
     /// and filters over one, the extent it was clamped from.
     Rect placementExtent() const { return m_recipe ? m_recipe->placementExtent() : m_extent; }
+    /// True for bitmap data that draws into memory of the given encoding byte for byte.
+    bool isBitmapEncoded(bool srgb) const { return m_kind == Kind::Bitmap && m_srgb == srgb; }
+    /// See ImageRecipe::rendersRowsAlone; bitmaps do.
+    bool rendersRowsAlone() const { return m_recipe ? m_recipe->rendersRowsAlone() : m_kind == Kind::Bitmap; }
 
     /// This image with its edge pixels repeated outward without end: an infinite extent. An
     /// image whose extent is already infinite is itself.
@@ -76,6 +80,7 @@ private:
         int x, int y, int width, int height, std::uint8_t* rgba, std::ptrdiff_t rowStride, bool replace) const;
     bool drawBlurArea(
         int x, int y, int width, int height, std::uint8_t* rgba, std::ptrdiff_t rowStride, bool replace) const;
+    bool drawBytes(const PixelArea& area, std::uint8_t* out, std::ptrdiff_t rowStride, bool replace, bool srgb) const;
     bool drawRenderedArea(
         int x, int y, int width, int height, std::uint8_t* rgba, std::ptrdiff_t rowStride, bool replace, bool srgb) const;
 

@@ -14,9 +14,10 @@ namespace kit::filteroutputs {
 
 namespace {
 
-RefPtr<CIImage> mapped(const CIFilter& filter, ColorMapRecipe::RowMap map)
+RefPtr<CIImage> mapped(const CIFilter& filter, ColorMapRecipe::RowMap map, bool channelsAlone = false)
 {
-    return CIImage::imageWithRecipe(adoptRef(new ColorMapRecipe(filter.imageForKey("inputImage"), std::move(map))));
+    return CIImage::imageWithRecipe(
+        adoptRef(new ColorMapRecipe(filter.imageForKey("inputImage"), std::move(map), channelsAlone)));
 }
 
 float number(const CIFilter& filter, const char* key) { return float(filter.numberForKey(key)); }
@@ -133,7 +134,14 @@ RefPtr<CIImage> colorControls(const CIFilter& filter)
 RefPtr<CIImage> exposureAdjust(const CIFilter& filter)
 {
     const float gain = std::exp2(number(filter, "inputEV"));
-    return matrixMapped(filter, { gain, 0, 0, 0, gain, 0, 0, 0, gain });
+    return mapped(
+        filter,
+        [gain](float* rgba, std::size_t count, long long, long long) {
+            for (std::size_t i = 0; i < count; ++i)
+                for (int c = 0; c < 3; ++c)
+                    rgba[4 * i + std::size_t(c)] *= gain;
+        },
+        true);
 }
 
 RefPtr<CIImage> gammaAdjust(const CIFilter& filter)
@@ -142,7 +150,7 @@ RefPtr<CIImage> gammaAdjust(const CIFilter& filter)
     return mapped(filter, ColorMapRecipe::unpremultiplied([power](float* rgb) {
         for (int c = 0; c < 3; ++c)
             rgb[c] = std::copysign(std::pow(std::fabs(rgb[c]), power), rgb[c]);
-    }));
+    }), true);
 }
 
 RefPtr<CIImage> hueAdjust(const CIFilter& filter)
@@ -190,7 +198,7 @@ RefPtr<CIImage> colorInvert(const CIFilter& filter)
     return mapped(filter, ColorMapRecipe::unpremultiplied([](float* rgb) {
         for (int c = 0; c < 3; ++c)
             rgb[c] = 1 - rgb[c];
-    }));
+    }), true);
 }
 
 RefPtr<CIImage> colorPosterize(const CIFilter& filter)
@@ -199,7 +207,7 @@ RefPtr<CIImage> colorPosterize(const CIFilter& filter)
     return mapped(filter, ColorMapRecipe::unpremultiplied([levels](float* rgb) {
         for (int c = 0; c < 3; ++c)
             rgb[c] = linearlight::toLinear(std::floor(linearlight::toSRGB(rgb[c]) * levels + 0.5f) / levels);
-    }));
+    }), true);
 }
 
 RefPtr<CIImage> photoEffectChrome(const CIFilter& filter)

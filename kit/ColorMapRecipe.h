@@ -6,6 +6,8 @@
 
 #include <cstddef>
 #include <functional>
+#include <mutex>
+#include <vector>
 
 namespace kit {
 
@@ -16,7 +18,13 @@ class ColorMapRecipe final : public ImageRecipe {
 public:
     using RowMap = std::function<void(float* rgba, std::size_t count, long long x, long long y)>;
 
-    ColorMapRecipe(RefPtr<CIImage> input, RowMap map) : m_input(std::move(input)), m_map(std::move(map)) {}
+    /// `channelsAlone` says that each output channel depends only on the same input channel and
+    /// alpha, and alike for all three: over bitmap bytes the map is then a table of alpha and
+    /// value, baked once per encoding from this very map.
+    ColorMapRecipe(RefPtr<CIImage> input, RowMap map, bool channelsAlone = false)
+        : m_input(std::move(input)), m_map(std::move(map)), m_channelsAlone(channelsAlone)
+    {
+    }
 
     /// A row map that un-premultiplies each pixel with alpha above 0, hands `f` its colour
     /// (float rgb[3]) to change, and premultiplies again; alpha is kept.
@@ -39,11 +47,18 @@ public:
 
     Rect extent() const override { return m_input->extent(); }
     Rect placementExtent() const override { return m_input->placementExtent(); }
+    bool rendersRowsAlone() const override { return m_input->rendersRowsAlone(); }
     bool render(const PixelArea& area, const FloatPixels& out) const override;
+    bool drawBytes(const PixelArea& area, std::uint8_t* rgba, std::ptrdiff_t stride, bool srgb) const override;
 
 private:
+    const std::vector<std::uint8_t>& byteTable(bool srgb) const;
+
     RefPtr<CIImage> m_input;
     RowMap m_map;
+    bool m_channelsAlone;
+    mutable std::once_flag m_baked[2];
+    mutable std::vector<std::uint8_t> m_tables[2]; // 256 x 256: [alpha][value], device and sRGB
 };
 
 } // namespace kit

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 
 namespace kit {
 
@@ -43,6 +44,13 @@ public:
     virtual Rect extent() const = 0;
     /// What filters that place themselves on the image measure (see CIImage::placementExtent).
     virtual Rect placementExtent() const { return extent(); }
+    /// True when rendering some rows costs only those rows (each pixel from the same pixel of
+    /// the inputs, or an edge one): such an image is drawn a band of rows at a time, in cache.
+    virtual bool rendersRowsAlone() const { return false; }
+    /// Draws an area within the extent straight into 8-bit memory (sRGB-encoded or not),
+    /// replacing it, where that gives exactly the bytes the float path would. False, with
+    /// nothing drawn, where it cannot.
+    virtual bool drawBytes(const PixelArea&, std::uint8_t*, std::ptrdiff_t, bool) const { return false; }
     /// False, with the pixels undefined, when scratch memory cannot be had or the area is too
     /// large to render.
     virtual bool render(const PixelArea& area, const FloatPixels& out) const = 0;

@@ -48,6 +48,21 @@ const Curve& srgbCurve()
     return curve;
 }
 
+// toSRGB at 65536 steps, read without interpolation where bytes are written: within 0.03 of an
+// 8-bit step, and one load instead of two and a blend.
+constexpr int kFineSteps = 65535;
+
+const std::vector<float>& fineSRGB()
+{
+    static const std::vector<float> table = [] {
+        std::vector<float> t(kFineSteps + 1);
+        for (int i = 0; i <= kFineSteps; ++i)
+            t[std::size_t(i)] = float(exactToSRGB(double(i) / kFineSteps));
+        return t;
+    }();
+    return table;
+}
+
 // Premultiplied 8-bit sRGB colour c under alpha a, as a premultiplied linear float: a 256 x 256
 // table, exact to float.
 const std::vector<float>& decodedTable()
@@ -92,17 +107,25 @@ void decodeRow(const std::uint8_t* pixels, bool argb, bool srgb, std::size_t cou
 
 void encodeRow(const float* pixels, bool srgb, std::size_t count, std::uint8_t* out)
 {
+    // Values are held at 0 or above first, so adding a half and truncating rounds them.
+    const float* curve = fineSRGB().data();
     for (std::size_t i = 0; i < count; ++i) {
         const float* p = pixels + 4 * i;
         const float a = held(p[3], 0, 1);
-        const float a8 = std::nearbyint(a * 255);
+        const auto a8 = float(int(a * 255 + 0.5f));
         std::uint8_t* q = out + 4 * i;
         q[3] = std::uint8_t(a8);
-        for (int c = 0; c < 3; ++c) {
-            const float v = held(p[c], 0, a);
-            q[c] = a8 == 0 ? 0
-                : srgb     ? std::uint8_t(std::nearbyint(a8 * toSRGB(v / a)))
-                           : std::uint8_t(std::nearbyint(std::min(v * 255, a8)));
+        if (a8 == 0) {
+            q[0] = q[1] = q[2] = 0;
+            continue;
+        }
+        if (srgb) {
+            const float scale = kFineSteps / a;
+            for (int c = 0; c < 3; ++c)
+                q[c] = std::uint8_t(int(a8 * curve[int(held(p[c], 0, a) * scale + 0.5f)] + 0.5f));
+        } else {
+            for (int c = 0; c < 3; ++c)
+                q[c] = std::uint8_t(int(std::min(held(p[c], 0, a) * 255, a8) + 0.5f));
         }
     }
 }

@@ -1,13 +1,15 @@
 #!/usr/bin/env bash
-# Installs the Debian packages of tools/debian-packages.txt that are missing.
+# Installs the Debian packages of a list that are missing: tools/setup.sh [LIST], by default
+# tools/debian-packages.txt.
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
+list=${1:-$here/debian-packages.txt}
 missing=()
 while read -r package; do
   [[ -z "$package" || "$package" == \#* ]] && continue
   status=$(dpkg-query -W -f='${Status}' "$package" 2>/dev/null || true)
   [[ "$status" == "install ok installed" ]] || missing+=("$package")
-done < "$here/debian-packages.txt"
+done < "$list"
 if ((${#missing[@]})); then
   if [[ $(id -u) -ne 0 ]]; then
     echo "setup: missing Debian packages: ${missing[*]} (run as root, or install them)" >&2
