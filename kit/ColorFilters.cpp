@@ -203,7 +203,8 @@ RefPtr<CIImage> colorInvert(const CIFilter& filter)
 
 RefPtr<CIImage> colorPosterize(const CIFilter& filter)
 {
-    const float levels = number(filter, "inputLevels");
+    // Fewer than one level means nothing; held there so no value divides by zero.
+    const float levels = std::max(1.0f, number(filter, "inputLevels"));
     return mapped(filter, ColorMapRecipe::unpremultiplied([levels](float* rgb) {
         for (int c = 0; c < 3; ++c)
             rgb[c] = linearlight::toLinear(std::floor(linearlight::toSRGB(rgb[c]) * levels + 0.5f) / levels);

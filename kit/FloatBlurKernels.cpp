@@ -6,32 +6,16 @@
 #include <hwy/highway.h>
 
 #include "kit/FloatBlurKernels.h"
+#include "kit/FlushDenormals.h"
 
 #include <algorithm>
 #include <cstring>
-
-#if HWY_ARCH_X86
-#include <xmmintrin.h>
-#endif
 
 HWY_BEFORE_NAMESPACE();
 namespace kit::floatblurkernels {
 namespace HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
-
-// Flushes denormals to zero while it lives: a recursion decaying across transparent pixels
-// would otherwise crawl through denormal floats, for values far below an 8-bit step.
-class FlushDenormals {
-public:
-#if HWY_ARCH_X86
-    FlushDenormals() : m_saved(_mm_getcsr()) { _mm_setcsr(m_saved | 0x8040); }
-    ~FlushDenormals() { _mm_setcsr(m_saved); }
-
-private:
-    unsigned m_saved;
-#endif
-};
 
 template <class D> struct Sections {
     using V = hn::Vec<D>;

@@ -10,13 +10,10 @@
 #include <hwy/cache_control.h>
 #include <hwy/highway.h>
 
+#include "kit/FlushDenormals.h"
 #include "kit/GaussianBlurKernels.h"
 
 #include <algorithm>
-
-#if HWY_ARCH_X86
-#include <xmmintrin.h>
-#endif
 
 HWY_BEFORE_NAMESPACE();
 namespace kit::blurkernels {
@@ -29,20 +26,6 @@ namespace hn = hwy::HWY_NAMESPACE;
 using D = hn::CappedTag<float, 8>;
 using V = hn::Vec<D>;
 constexpr std::size_t kMaxLanes = hn::MaxLanes(D());
-
-// Flushes denormals to zero while it lives. A recursion that decays across an empty margin
-// would otherwise crawl through denormal floats at a hundred times the cost, for values far
-// below an 8-bit step.
-class FlushDenormals {
-public:
-#if HWY_ARCH_X86
-    FlushDenormals() : m_saved(_mm_getcsr()) { _mm_setcsr(m_saved | 0x8040); }
-    ~FlushDenormals() { _mm_setcsr(m_saved); }
-
-private:
-    unsigned m_saved;
-#endif
-};
 
 struct Sections {
     V n0[2], n1[2], m1[2], m2[2], d1[2], d2[2];

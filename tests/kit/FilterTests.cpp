@@ -387,6 +387,29 @@ TEST(CIImage, ABlurOfAClampedPictureKeepsItsBordersFromFading)
     }
 }
 
+TEST(CIFilter, ChannelMapsOverBitmapBytesDrawTheBytesOfTheFloatPath)
+{
+    // Over the bitmap itself the map is a byte table; over the bitmap clamped and cropped back
+    // it runs in floats. Both must give the same bytes.
+    const int w = 37, h = 23;
+    const auto rgba = testImage(w, h, Paint::Colours, 11);
+    auto picture = srgbImage(rgba, w, h);
+    const std::vector<std::pair<const char*, std::pair<const char*, double>>> maps = { { "CIColorInvert", { "", 0 } },
+        { "CIExposureAdjust", { "inputEV", 0.6 } }, { "CIGammaAdjust", { "inputPower", 0.45 } },
+        { "CIColorPosterize", { "inputLevels", 3 } } };
+    for (const auto& [name, setting] : maps) {
+        std::vector<std::uint8_t> drawn[2];
+        for (int way = 0; way < 2; ++way) {
+            auto filter = kit::CIFilter::filterWithName(name);
+            filter->setValueForKey(way ? picture->imageByClampingToExtent() : picture, "inputImage");
+            filter->setValueForKey(setting.second, setting.first);
+            auto output = filter->outputImage();
+            drawn[way] = drawnInto(way ? *output->imageByCroppingToRect(picture->extent()) : *output, w, h, true);
+        }
+        EXPECT_EQ(drawn[0], drawn[1]) << name;
+    }
+}
+
 TEST(MemoryRecycler, HandsALargeGivenBackBlockToTheNextRequestOfAboutItsSize)
 {
     auto& recycler = kit::MemoryRecycler::shared();
