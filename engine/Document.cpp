@@ -7,6 +7,7 @@
 #include "engine/ImageImporter.h"
 
 #include <cmath>
+#include <cstring>
 #include <system_error>
 
 namespace engine {
@@ -148,6 +149,62 @@ std::vector<std::uint8_t> Document::paintPixels() const
             std::copy(row, row + count * 4, pixels.data() + (y * m_canvasWidth + x) * 4);
         });
     return pixels;
+}
+
+void Document::replacePaintPixels(const std::vector<std::uint8_t>& rgba)
+{
+    if (rgba.size() != std::size_t(m_canvasWidth) * std::size_t(m_canvasHeight) * 4)
+        return;
+    writePaintPixels(rgba.data());
+    m_undo.closeStep();
+}
+
+bool Document::openPicture(int width, int height, const std::vector<std::uint8_t>& rgba)
+{
+    if (width < 1 || height < 1 || rgba.size() != std::size_t(width) * std::size_t(height) * 4
+        || !setCanvasSize(width, height))
+        return false;
+    // Nothing of the old picture may wait off the canvas to come back when it grows.
+    m_undo.recordAllCells(m_paint);
+    m_paint.clear();
+    writePaintPixels(rgba.data());
+    m_undo.closeStep();
+    changed();
+    return true;
+}
+
+void Document::writePaintPixels(const std::uint8_t* rgba)
+{
+    const PixelRect canvas = canvasRect();
+    const PixelRect cells = m_paint.cellRangeFor(canvas);
+    const std::size_t canvasRowBytes = std::size_t(m_canvasWidth) * 4;
+    static const CellPixels kEmpty {};
+    bool any = false;
+    for (std::int64_t row = cells.top; row < cells.bottom; ++row) {
+        for (std::int64_t column = cells.left; column < cells.right; ++column) {
+            const CellKey key { column, row };
+            const PixelRect cellRect = m_paint.canvasRectOf(key);
+            const PixelRect part = cellRect.intersected(canvas);
+            const CellPixels* cell = m_paint.find(key);
+            const std::size_t bytes = std::size_t(part.right - part.left) * 4;
+            auto source = [&](std::int64_t y) { return rgba + y * canvasRowBytes + part.left * 4; };
+            auto target = [&](auto& c, std::int64_t y) {
+                return c.data() + (y - cellRect.top) * kCellRowBytes + (part.left - cellRect.left) * 4;
+            };
+            bool differs = false;
+            for (std::int64_t y = part.top; y < part.bottom && !differs; ++y)
+                differs = std::memcmp(source(y), target(cell ? *cell : kEmpty, y), bytes) != 0;
+            if (!differs)
+                continue;
+            m_undo.recordBefore(m_paint, key);
+            CellPixels& written = m_paint.ensure(key);
+            for (std::int64_t y = part.top; y < part.bottom; ++y)
+                std::memcpy(target(written, y), source(y), bytes);
+            any = true;
+        }
+    }
+    if (any)
+        changed();
 }
 
 std::size_t Document::cellCount(int layer) const

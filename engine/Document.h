@@ -83,6 +83,13 @@ public:
     std::vector<std::uint8_t> maskAlpha() const;
     /// The paint layer's RGBA, canvas-sized, row by row, with the layer offset applied.
     std::vector<std::uint8_t> paintPixels() const;
+    /// Replaces the paint layer's canvas pixels with canvas-sized premultiplied RGBA (rows top
+    /// first) as one undo step; cells that would not change are left alone.
+    void replacePaintPixels(const std::vector<std::uint8_t>& rgba);
+    /// Makes the picture the whole paint layer and the canvas its size, as one undo step. Undo
+    /// gives the paint layer back; the canvas keeps the new size. False, changing nothing, for a
+    /// size setCanvasSize refuses or pixels that do not match it.
+    bool openPicture(int width, int height, const std::vector<std::uint8_t>& rgba);
     /// Cells the layer holds, on or off the canvas; 0 for an unknown layer.
     std::size_t cellCount(int layer) const;
     std::size_t undoDepth() const;
@@ -140,6 +147,7 @@ private:
     Layer* cellLayer(int layer, int column, int row);
     Layer& strokeLayer();
     void layStroke(Brush& brush, unsigned int colour, int x, int y);
+    void writePaintPixels(const std::uint8_t* rgba);
     void changed();
     int refuse(std::string message);
 

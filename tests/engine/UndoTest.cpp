@@ -181,3 +181,40 @@ TEST(CellBuffer, CellsOffTheCanvasGiveNull)
     EXPECT_LT(IPD_Layer_UpdateCell(document.context(), kMask, 0, 0, 0), 0);
     EXPECT_LT(IPD_Layer_SaveCellInfo(document.context(), kMask, 0, 0), 0);
 }
+
+TEST(PaintPictures, ReplacingThePictureIsOneStepOverOnlyTheCellsThatChange)
+{
+    Document document;
+    ASSERT_TRUE(document.setCanvasSize(130, 70)); // cells 3 x 2, the last ones partly on the canvas
+    std::vector<std::uint8_t> picture(130 * 70 * 4, 0);
+    picture[(69 * 130 + 129) * 4 + 1] = 9; // the bottom-right pixel, in the corner cell
+    document.replacePaintPixels(picture);
+    EXPECT_EQ(document.paintPixels(), picture);
+    EXPECT_EQ(document.cellCount(Document::kPaintLayerId), 1u);
+    EXPECT_EQ(document.undoDepth(), 1u);
+    EXPECT_FALSE(document.hasOpenUndoStep());
+    document.replacePaintPixels(std::vector<std::uint8_t>(7, 1)); // not canvas-sized: refused
+    EXPECT_EQ(document.paintPixels(), picture);
+    ASSERT_EQ(IPD_UndoStroke(document.context()), 0);
+    EXPECT_EQ(document.cellCount(Document::kPaintLayerId), 0u);
+}
+
+TEST(PaintPictures, OpeningSetsTheCanvasDropsTheOldPictureAndUndoesInOneStep)
+{
+    Document document;
+    std::vector<std::uint8_t> before(1000 * 800 * 4, 0);
+    before[(700 * 1000 + 900) * 4 + 3] = 255; // off the picture opened next
+    document.replacePaintPixels(before);
+    std::vector<std::uint8_t> picture(40 * 30 * 4, 200);
+    ASSERT_TRUE(document.openPicture(40, 30, picture));
+    EXPECT_EQ(document.canvasWidth(), 40);
+    EXPECT_EQ(document.canvasHeight(), 30);
+    EXPECT_EQ(document.paintPixels(), picture);
+    EXPECT_EQ(document.cellCount(Document::kPaintLayerId), 1u);
+    EXPECT_FALSE(document.openPicture(0, 30, {}));
+    EXPECT_FALSE(document.openPicture(40, 30, std::vector<std::uint8_t>(5)));
+    EXPECT_EQ(document.canvasWidth(), 40);
+    ASSERT_EQ(IPD_UndoStroke(document.context()), 0);
+    ASSERT_TRUE(document.setCanvasSize(1000, 800));
+    EXPECT_EQ(document.paintPixels(), before);
+}
