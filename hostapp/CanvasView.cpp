@@ -32,6 +32,7 @@ const char* controlName(CanvasView::Control kind)
     case CanvasView::Control::ZoomOut: return "zoom-out";
     case CanvasView::Control::Fit: return "fit";
     case CanvasView::Control::Pan: return "pan";
+    case CanvasView::Control::Filter: return "filter";
     case CanvasView::Control::Area: return "area";
     }
     return "area";
@@ -63,6 +64,17 @@ void CanvasView::initView()
         addControl(kind, { x, kControlMargin, kControlSize, kControlSize });
         x += kControlSize + kControlGap;
     }
+    m_filters = std::make_unique<FilterControls>(*this, kit::Point { x, kControlMargin }, kControlSize);
+    m_filters->setDocument(m_document);
+    for (const kit::Rect& frame : m_filters->frames())
+        addControl(Control::Filter, frame);
+}
+
+void CanvasView::setDocument(engine::Document* document)
+{
+    m_document = document;
+    if (m_filters)
+        m_filters->setDocument(document);
 }
 
 void CanvasView::addControl(Control kind, const kit::Rect& rect)
@@ -93,12 +105,18 @@ void CanvasView::mouseDown(const kit::Event& event)
     note(at("down", p));
     m_pressed = controlAt(p);
     m_lastDrag = p;
+    // Presses on the filter controls reach them here when the plug-in's overlay passes them on.
+    m_pressedFilterControl = m_filters ? m_filters->controlAt(p) : nullptr;
+    if (m_pressedFilterControl)
+        m_pressedFilterControl->mouseDown(event);
 }
 
 void CanvasView::mouseDragged(const kit::Event& event)
 {
     const kit::Point p = event.locationInWindow();
     note(at("drag", p));
+    if (m_pressedFilterControl)
+        m_pressedFilterControl->mouseDragged(event);
     if (m_pressed && m_pressed->kind == Control::Pan && m_document) {
         // The canvas follows the pointer: dragging right shows what lies further left.
         const engine::ViewRect view = m_document->viewRect();
@@ -114,6 +132,8 @@ void CanvasView::mouseUp(const kit::Event& event)
 {
     const kit::Point p = event.locationInWindow();
     note(at("up", p));
+    if (auto control = std::exchange(m_pressedFilterControl, nullptr))
+        control->mouseUp(event);
     const HostControl* pressed = std::exchange(m_pressed, nullptr);
     if (pressed && pressed->kind != Control::Pan && controlAt(p) == pressed)
         act(pressed->kind);
@@ -130,6 +150,7 @@ void CanvasView::act(Control kind)
             m_document->setViewRect({ 0, 0, m_document->canvasWidth(), m_document->canvasHeight() });
         return;
     case Control::Pan:
+    case Control::Filter:
     case Control::Area:
         return;
     }
@@ -222,6 +243,7 @@ const char* controlGlyph(CanvasView::Control kind)
     case CanvasView::Control::ZoomOut: return "\u2212";
     case CanvasView::Control::Fit: return "\u25a1";
     case CanvasView::Control::Pan: return "\u2725";
+    case CanvasView::Control::Filter:
     case CanvasView::Control::Area: return "";
     }
     return "";
@@ -286,6 +308,8 @@ void CanvasView::drawControls() const
     kit::GraphicsContext* context = kit::GraphicsContext::currentContext();
     auto font = kit::Font::systemFontOfSize(16);
     for (const HostControl& control : m_controls) {
+        if (control.kind == Control::Filter)
+            continue; // the pop-up and the slider draw themselves
         const kit::Rect r = control.rect;
         context->setFillColor(kit::Color::colorWithCalibratedWhiteAlpha(0.96f, control.kind == Control::Area ? 0.35f : 0.95f));
         context->fillRect(r);

@@ -2,21 +2,23 @@
 #pragma once
 
 #include "engine/Document.h"
+#include "hostapp/FilterControls.h"
 #include "kit/View.h"
 
+#include <memory>
 #include <string>
 #include <vector>
 
 namespace hostapp {
 
 /// The host draws the canvas in this view and keeps a few controls along its bottom-left
-/// corner: zoom in, zoom out, fit and a pan pad. Each control is watched by a tracking area
+/// corner: zoom in, zoom out, fit, a pan pad, and the filter pop-up with its slider. Each control is watched by a tracking area
 /// on this view, which is how the plug-in learns where the host's controls are. Presses that
 /// the overlay passes on arrive here through the responder chain.
 class CanvasView final : public kit::View {
     KIT_MAKEABLE
 public:
-    enum class Control { ZoomIn, ZoomOut, Fit, Pan, Area };
+    enum class Control { ZoomIn, ZoomOut, Fit, Pan, Filter, Area };
     struct HostControl {
         Control kind;
         kit::Rect rect;
@@ -27,7 +29,9 @@ public:
     static constexpr const char* kKeyUp = "keyUp";
 
     void initView() override;
-    void setDocument(engine::Document* document) { m_document = document; }
+    void setDocument(engine::Document* document);
+    /// The filter pop-up and slider; null before initView.
+    FilterControls* filterControls() const { return m_filters.get(); }
 
     const std::vector<HostControl>& controls() const { return m_controls; }
     /// Adds a control area without an action of its own, and tells observers the areas changed.
@@ -72,6 +76,9 @@ private:
     std::vector<HostControl> m_controls;
     std::vector<std::string> m_log;
     const HostControl* m_pressed = nullptr;
+    std::unique_ptr<FilterControls> m_filters;
+    /// The filter control that took the press, which its drag and release follow.
+    kit::RefPtr<kit::View> m_pressedFilterControl;
     kit::Point m_lastDrag;
 };
 

@@ -1,9 +1,12 @@
 // Demo: a rectangle and an ellipse selected with feathers typed into the option bar, the window
-// seen mid-drag and with each panel, and the action log replayed onto a second document.
+// seen mid-drag and with each panel, a picture blurred through the selection, and the action log
+// replayed onto a second document.
 #include "hostapp/Demo.h"
 
 #include "hostapp/SessionRunner.h"
 #include "kit/Image.h"
+
+#include <vector>
 
 namespace hostapp {
 
@@ -14,6 +17,7 @@ std::string_view demoScript()
     // x 262, with its New and Add buttons at 272 and 305 and the feather field at 422 to 522.
     return R"(window 1200 900
 canvas 1000 800
+open demo-picture.png
 run
 # The overlay shows half a second after the first run; the bar makes its first switch and
 # the overlay mirrors the host's controls within a second.
@@ -43,6 +47,10 @@ click 161 879
 save-window demo-lasso-panel.png
 click 194 879
 save-window demo-brush-panel.png
+# The picture blurred through the feathered selection.
+filter CIGaussianBlur inputRadius=8
+save-picture demo-filtered-picture.png
+save-window demo-filtered-window.png
 save-mask demo-mask.png
 save-log demo-log.jsonl
 )";
@@ -56,11 +64,37 @@ run
 wait 1.1
 replay demo-log.jsonl
 save-mask demo-replayed-mask.png
+save-picture demo-replayed-picture.png
 save-window demo-replayed-window.png
 )";
 }
 
 namespace {
+
+/// Colour ramps under a checkerboard, so that a blur shows on every edge it softens.
+bool writeDemoPicture(const std::filesystem::path& path, std::string& error)
+{
+    constexpr int kWidth = 1000;
+    constexpr int kHeight = 800;
+    constexpr int kSquare = 40;
+    std::vector<std::uint8_t> rgba(std::size_t(kWidth) * kHeight * 4, 255);
+    for (int y = 0; y < kHeight; ++y)
+        for (int x = 0; x < kWidth; ++x) {
+            std::uint8_t* p = &rgba[(std::size_t(y) * kWidth + x) * 4];
+            p[0] = std::uint8_t(x * 255 / (kWidth - 1));
+            p[1] = std::uint8_t(y * 255 / (kHeight - 1));
+            p[2] = (x / kSquare + y / kSquare) % 2 ? 230 : 40;
+        }
+    return kit::Image::imageWithRGBA(kWidth, kHeight, rgba.data())->writePNG(path.string(), &error);
+}
+
+/// Whether two PNG files hold the same pixels.
+bool samePixels(const std::filesystem::path& a, const std::filesystem::path& b)
+{
+    auto first = kit::Image::imageWithContentsOfFile(a.string());
+    auto second = kit::Image::imageWithContentsOfFile(b.string());
+    return first && second && first->rgba() == second->rgba();
+}
 
 bool runScript(const PluginModule& table, std::string_view text, const char* name, const std::filesystem::path& outDir,
                std::ostream& report, std::string& error)
@@ -76,16 +110,20 @@ bool runScript(const PluginModule& table, std::string_view text, const char* nam
 
 bool runDemo(const PluginModule& table, const std::filesystem::path& outDir, std::ostream& report, std::string& error)
 {
-    if (!runScript(table, demoScript(), "demo", outDir, report, error) ||
+    if (!writeDemoPicture(outDir / "demo-picture.png", error) ||
+        !runScript(table, demoScript(), "demo", outDir, report, error) ||
         !runScript(table, demoReplayScript(), "demo-replay", outDir, report, error))
         return false;
-    auto original = kit::Image::imageWithContentsOfFile((outDir / "demo-mask.png").string());
-    auto replayed = kit::Image::imageWithContentsOfFile((outDir / "demo-replayed-mask.png").string());
-    if (!original || !replayed || original->rgba() != replayed->rgba()) {
+    if (!samePixels(outDir / "demo-mask.png", outDir / "demo-replayed-mask.png")) {
         error = "demo: the replayed mask differs from the original";
         return false;
     }
     report << "the replayed mask equals the original pixel for pixel\n";
+    if (!samePixels(outDir / "demo-filtered-picture.png", outDir / "demo-replayed-picture.png")) {
+        error = "demo: the replayed picture differs from the filtered one";
+        return false;
+    }
+    report << "the replayed picture equals the filtered one pixel for pixel\n";
     return true;
 }
 

@@ -2,6 +2,7 @@
 #include "hostapp/SessionRunner.h"
 
 #include "engine/ActionLog.h"
+#include "hostapp/HostPicture.h"
 #include "kit/AutoreleasePool.h"
 #include "kit/Data.h"
 #include "kit/Event.h"
@@ -138,10 +139,28 @@ bool SessionRunner::execute(const SessionCommand& command, std::string& problem)
             return false;
         }
         return replayLog(outputPath(command.text), problem) >= 0;
+    } else if (name == "open" || name == "filter" || name == "save-picture") {
+        return editPicture(command, problem);
     } else {
         problem = "not a command of this host";
         return false;
     }
+    return true;
+}
+
+bool SessionRunner::editPicture(const SessionCommand& command, std::string& problem)
+{
+    HostPicture picture(document());
+    if (command.name == "open")
+        return picture.open(outputPath(command.text), problem);
+    if (command.name == "filter") {
+        auto filter = PictureFilter::parse(command.text, problem);
+        return filter && picture.applyFilter(*filter, problem);
+    }
+    const std::filesystem::path path = outputPath(command.text);
+    if (!picture.save(path, problem))
+        return false;
+    m_report << "wrote " << path.string() << "\n";
     return true;
 }
 
@@ -228,7 +247,14 @@ int SessionRunner::replayLog(const std::filesystem::path& path, std::string& pro
     int count = 0;
     for (const SelectionEventRecord& saved : log.records()) {
         SelectionEventRecord record = saved;
-        m_table.play(m_handle, &record);
+        if (HostPicture::isHostRecord(record)) {
+            if (!HostPicture(document()).play(record, problem)) {
+                problem = path.string() + ": record " + std::to_string(count + 1) + ": " + problem;
+                return -1;
+            }
+        } else {
+            m_table.play(m_handle, &record);
+        }
         kit::AutoreleasePool::current().drain();
         ++count;
     }

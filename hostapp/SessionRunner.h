@@ -42,6 +42,8 @@ public:
 private:
     bool execute(const SessionCommand& command, std::string& problem);
     bool applySetting(const SessionCommand& command, std::string& problem);
+    /// open, filter and save-picture.
+    bool editPicture(const SessionCommand& command, std::string& problem);
     /// Mouse and key commands; false for any other command.
     bool handleInput(const SessionCommand& command);
     void sendMouse(kit::EventType type, const std::vector<double>& numbers, int clicks);

@@ -1,6 +1,8 @@
 // SessionScript: the command table and the argument checks.
 #include "hostapp/SessionScript.h"
 
+#include "hostapp/PictureFilter.h"
+
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -63,6 +65,9 @@ const std::vector<Syntax>& commandTable()
         { "doubleclick", { Arg::Point, Arg::Point }, "doubleclick X Y" },
         { "key", { Arg::Key }, "key delete|return|escape|tab|CHARACTER" },
         { "type", { Arg::Rest }, "type TEXT" },
+        { "open", { Arg::Rest }, "open FILE" },
+        { "filter", { Arg::Rest }, "filter NAME [KEY=VALUE ...]" },
+        { "save-picture", { Arg::Rest }, "save-picture FILE" },
     };
     return table;
 }
@@ -168,7 +173,12 @@ std::string parseCommand(std::string_view line, SessionCommand& command)
     command.name = parts[0];
     if (!syntax->args.empty() && syntax->args.front() == Arg::Rest) {
         command.text = std::string(trim(trim(line).substr(parts[0].size())));
-        return command.text.empty() ? "usage: " + std::string(syntax->usage) : std::string();
+        if (command.text.empty())
+            return "usage: " + std::string(syntax->usage);
+        std::string problem;
+        if (command.name == "filter" && !PictureFilter::parse(command.text, problem))
+            return command.name + ": " + problem;
+        return {};
     }
     const std::size_t given = parts.size() - 1;
     if (given > syntax->args.size() || given + syntax->optional < syntax->args.size())

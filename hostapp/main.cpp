@@ -97,14 +97,15 @@ int runInteractive()
 }
 
 /// The replay command as a session: a fresh document, the plug-in run, each log replayed, and
-/// the resulting mask and log saved. The log names are handed over as names, so that no name,
-/// however odd, can add a command.
+/// the resulting mask, picture and log saved. The log names are handed over as names, so that
+/// no name, however odd, can add a command.
 hostapp::SessionScript replayScript(const std::vector<std::string>& logs)
 {
     std::vector<hostapp::SessionCommand> commands = { { 0, "run", {}, {} }, { 0, "wait", { 0.5 }, {} } };
     for (const std::string& log : logs)
         commands.push_back({ 0, "replay", {}, std::filesystem::absolute(log).string() });
     commands.push_back({ 0, "save-mask", {}, "replay-mask.png" });
+    commands.push_back({ 0, "save-picture", {}, "replay-picture.png" });
     commands.push_back({ 0, "save-log", {}, "replay-log.jsonl" });
     return hostapp::SessionScript::fromCommands("replay", std::move(commands));
 }

@@ -35,7 +35,7 @@ protected:
     }
     engine::ViewRect view() { return runner->document().viewRect(); }
     const std::vector<std::string>& hostLog() { return runner->canvas().canvasView().hostLog(); }
-    kit::View* overlay() { return runner->canvas().window().contentView()->subviews().at(0).get(); }
+    kit::View* overlay() { return runner->canvas().window().contentView()->subviews().back().get(); }
 };
 
 TEST_F(HostInputTest, AClickOnAHostControlThroughTheOverlayZooms)

@@ -42,14 +42,14 @@ TEST_F(SessionTest, RunPutsTheOverlayOverTheWindowAfterHalfASecond)
     std::string error;
     ASSERT_TRUE(run("window 800 600\nrun\nwait 0.4\n", error)) << error;
     kit::View* content = runner->canvas().window().contentView();
-    EXPECT_TRUE(content->subviews().empty());
+    const std::size_t hostViews = content->subviews().size(); // the filter pop-up and slider
     ASSERT_TRUE(run("wait 0.1\n", error)) << error;
-    ASSERT_EQ(content->subviews().size(), 1u);
-    EXPECT_EQ(content->subviews()[0]->frame(), kit::Rect(0, 0, 800, 600));
+    ASSERT_EQ(content->subviews().size(), hostViews + 1);
+    EXPECT_EQ(content->subviews().back()->frame(), kit::Rect(0, 0, 800, 600));
     EXPECT_EQ(plugin->table().isActive(runner->handle()), 1);
     ASSERT_TRUE(run("stop\ndestroy\n", error)) << error;
     EXPECT_EQ(runner->handle(), nullptr);
-    EXPECT_TRUE(content->subviews().empty());
+    EXPECT_EQ(content->subviews().size(), hostViews);
 }
 
 TEST_F(SessionTest, EndingASessionWithinHalfASecondOfRunLetsTheDelayedAddFinishFirst)
@@ -162,14 +162,17 @@ TEST(HostProgram, DemoWritesItsFilesIntoOut)
     ASSERT_EQ(host("demo", dir.path()), 0) << readFile(dir.path() / "err.txt");
     for (const char* file : { "demo-mask.png", "demo-log.jsonl", "demo-replayed-mask.png", "demo-rectangle-drag.png",
                               "demo-ellipse-drag.png", "demo-marquee-panel.png", "demo-lasso-panel.png",
-                              "demo-brush-panel.png", "demo-replayed-window.png" })
+                              "demo-brush-panel.png", "demo-replayed-window.png", "demo-filtered-picture.png",
+                              "demo-replayed-picture.png" })
         EXPECT_TRUE(fs::exists(dir.path() / "out" / file)) << file;
     const std::string out = readFile(dir.path() / "out.txt");
     EXPECT_NE(out.find("wrote out/demo-mask.png"), std::string::npos);
     EXPECT_NE(out.find("the replayed mask equals the original pixel for pixel"), std::string::npos);
-    // Two selections were made through the bar, with the feathers typed into its panel.
+    EXPECT_NE(out.find("the replayed picture equals the filtered one pixel for pixel"), std::string::npos);
+    // Two selections were made through the bar, with the feathers typed into its panel, between
+    // the host's opening and filtering of the picture.
     const std::string log = readFile(dir.path() / "out/demo-log.jsonl");
-    EXPECT_EQ(std::count(log.begin(), log.end(), '\n'), 2);
+    EXPECT_EQ(std::count(log.begin(), log.end(), '\n'), 4);
     EXPECT_NE(log.find("\"param8\":10"), std::string::npos) << log;
     EXPECT_NE(log.find("\"param8\":25"), std::string::npos) << log;
 }
@@ -180,6 +183,9 @@ TEST(HostProgram, ABadScriptStopsWithStatusTwoAndTheLine)
     dir.write("s.txt", "run\nwait 0.5\nfly away\n");
     EXPECT_EQ(host("session s.txt --out o", dir.path()), 2);
     EXPECT_EQ(readFile(dir.path() / "err.txt"), "s.txt:3: unknown command 'fly'\n");
+    dir.write("f.txt", "run\nfilter CIGaussianBlur inputRadius=-nan\n");
+    EXPECT_EQ(host("session f.txt", dir.path()), 2);
+    EXPECT_NE(readFile(dir.path() / "err.txt").find("f.txt:2: filter: 'inputRadius=-nan'"), std::string::npos);
     EXPECT_EQ(host("bogus", dir.path()), 2);
     EXPECT_EQ(host("session", dir.path()), 2);
 }
