@@ -4,15 +4,23 @@
 #include "Classes/Selection/AImageFilter.h"
 #include "hostapp/HostPicture.h"
 
+#include <iostream>
+
 namespace hostapp {
 
 namespace {
 
 constexpr float kGap = 6;
 
+const _AstructAlgorithmItem& entryAt(int entry)
+{
+    return CAImageFilterInfo::GetImageFilterInfoInstance()->m_arrAlgorithm[std::size_t(entry)];
+}
+
 bool hasNumber(int entry)
 {
-    return GetFilterParaCount(entry) > 0 && GetFilterParamMax(entry, 0) > GetFilterParamMin(entry, 0);
+    const auto& params = entryAt(entry).vectorParam;
+    return !params.empty() && params[0].nType == kUnivariableFloat;
 }
 
 } // namespace
@@ -67,7 +75,8 @@ void FilterControls::apply()
     if (hasNumber(entry))
         filter->setNumber(item.vectorParam[0].szKey, m_slider->doubleValue());
     std::string problem;
-    HostPicture(*m_document).applyFilter(*filter, problem);
+    if (!HostPicture(*m_document).applyFilter(*filter, problem))
+        std::cerr << "quillmark-host: " << problem << "\n";
 }
 
 } // namespace hostapp

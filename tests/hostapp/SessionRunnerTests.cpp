@@ -196,6 +196,7 @@ TEST(HostProgram, ReplayCommandWritesTheReplayedMaskAndLog)
     dir.write("log.jsonl", "");
     ASSERT_EQ(host("replay log.jsonl --out r", dir.path()), 0) << readFile(dir.path() / "err.txt");
     EXPECT_TRUE(fs::exists(dir.path() / "r/replay-mask.png"));
+    EXPECT_TRUE(fs::exists(dir.path() / "r/replay-picture.png"));
     EXPECT_TRUE(fs::exists(dir.path() / "r/replay-log.jsonl"));
 }
 
