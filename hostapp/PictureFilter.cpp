@@ -1,6 +1,8 @@
 // PictureFilter: settings parsed and checked against the kit's filter, rendering, and the masked mix.
 #include "hostapp/PictureFilter.h"
 
+#include "hostapp/SessionScript.h"
+
 #include "kit/CIFilter.h"
 #include "kit/CIImage.h"
 #include "kit/ColorSpace.h"
@@ -53,19 +55,19 @@ std::string checkSetting(const kit::CIFilter& filter, const std::string& word, P
 {
     const std::size_t equals = word.find('=');
     if (equals == std::string::npos)
-        return "'" + word + "' is not KEY=VALUE";
+        return quotedWord(word) + " is not KEY=VALUE";
     setting.key = word.substr(0, equals);
     const bool isNumber = contains(filter.numberKeys(), setting.key);
     const bool isPoint = contains(filter.pointKeys(), setting.key);
     if (!isNumber && !isPoint)
-        return filter.name() + " has no input '" + setting.key + "'";
+        return filter.name() + " has no input " + quotedWord(setting.key);
     setting.values = parseValues(std::string_view(word).substr(equals + 1));
     if (setting.values.empty())
-        return "'" + word + "': " + setting.key + " must be a finite number within +-100000";
+        return quotedWord(word) + ": " + setting.key + " must be a finite number within +-100000";
     if (isNumber && setting.values.size() != 1)
-        return "'" + word + "': " + setting.key + " takes one number";
+        return quotedWord(word) + ": " + setting.key + " takes one number";
     if (isPoint && setting.values.size() != 2)
-        return "'" + word + "': " + setting.key + " takes a point X,Y";
+        return quotedWord(word) + ": " + setting.key + " takes a point X,Y";
     return {};
 }
 
@@ -99,7 +101,7 @@ std::optional<PictureFilter> PictureFilter::parse(std::string_view text, std::st
     in >> name;
     auto filter = kit::CIFilter::filterWithName(name);
     if (!filter) {
-        error = name.empty() ? "no filter named" : "unknown filter '" + name + "'";
+        error = name.empty() ? "no filter named" : "unknown filter " + quotedWord(name);
         return std::nullopt;
     }
     PictureFilter result(name);
@@ -111,7 +113,7 @@ std::optional<PictureFilter> PictureFilter::parse(std::string_view text, std::st
         }
         for (const Setting& earlier : result.m_settings) {
             if (earlier.key == setting.key) {
-                error = setting.key + " is set twice";
+                error = quotedWord(setting.key) + " is set twice";
                 return std::nullopt;
             }
         }

@@ -93,48 +93,33 @@ std::string_view trim(std::string_view s)
     return s.substr(first, last - first + 1);
 }
 
-/// A word as an error message quotes it: at most 80 characters (whole UTF-8 characters), so
-/// that a bad line of megabytes gives a message of a line.
-std::string quoted(std::string_view word)
-{
-    constexpr std::size_t kMaxQuoted = 80;
-    std::size_t end = 0, characters = 0;
-    while (end < word.size() && characters < kMaxQuoted) {
-        ++end;
-        while (end < word.size() && (static_cast<unsigned char>(word[end]) & 0xC0) == 0x80)
-            ++end;
-        ++characters;
-    }
-    return "'" + std::string(word.substr(0, end)) + (end < word.size() ? "...'" : "'");
-}
-
 /// Checks one numeric argument; an empty result means it is fine.
 std::string checkNumber(const std::string& word, Arg kind, double& value)
 {
     const char* end = word.data() + word.size();
     auto [ptr, ec] = std::from_chars(word.data(), end, value);
     if (ec != std::errc() || ptr != end || !std::isfinite(value))
-        return quoted(word) + " is not a number";
+        return quotedWord(word) + " is not a number";
     switch (kind) {
     case Arg::Extent:
         if (value != std::floor(value) || value < 1 || value > kMaxExtent)
-            return quoted(word) + " must be a whole number from 1 to 30000";
+            return quotedWord(word) + " must be a whole number from 1 to 30000";
         return {};
     case Arg::Coord:
         if (value != std::floor(value) || std::fabs(value) > kMaxCoord)
-            return quoted(word) + " must be a whole number within +-1000000000";
+            return quotedWord(word) + " must be a whole number within +-1000000000";
         return {};
     case Arg::Seconds:
         if (value < 0 || value > kMaxSeconds)
-            return quoted(word) + " must be a number of seconds from 0 to 86400";
+            return quotedWord(word) + " must be a number of seconds from 0 to 86400";
         return {};
     case Arg::Point:
         if (std::fabs(value) > kMaxPoint)
-            return quoted(word) + " must be a coordinate within +-1000000";
+            return quotedWord(word) + " must be a coordinate within +-1000000";
         return {};
     case Arg::Clicks:
         if (value != std::floor(value) || value < 1 || value > kMaxClicks)
-            return quoted(word) + " must be a click count from 1 to 9";
+            return quotedWord(word) + " must be a click count from 1 to 9";
         return {};
     case Arg::Key:
     case Arg::Rest:
@@ -155,7 +140,7 @@ std::string checkKey(const std::string& word)
         if (word == name)
             return {};
     }
-    return codePoints(word) == 1 ? std::string() : quoted(word) + " is neither a key name nor one character";
+    return codePoints(word) == 1 ? std::string() : quotedWord(word) + " is neither a key name nor one character";
 }
 
 std::string parseCommand(std::string_view line, SessionCommand& command)
@@ -169,7 +154,7 @@ std::string parseCommand(std::string_view line, SessionCommand& command)
             syntax = &s;
     }
     if (!syntax)
-        return "unknown command " + quoted(parts[0]);
+        return "unknown command " + quotedWord(parts[0]);
     command.name = parts[0];
     if (!syntax->args.empty() && syntax->args.front() == Arg::Rest) {
         command.text = std::string(trim(trim(line).substr(parts[0].size())));
@@ -207,6 +192,19 @@ SessionScript SessionScript::fromCommands(std::string source, std::vector<Sessio
         commands[i].line = int(i + 1);
     script.m_commands = std::move(commands);
     return script;
+}
+
+std::string quotedWord(std::string_view word)
+{
+    constexpr std::size_t kMaxQuoted = 80;
+    std::size_t end = 0, characters = 0;
+    while (end < word.size() && characters < kMaxQuoted) {
+        ++end;
+        while (end < word.size() && (static_cast<unsigned char>(word[end]) & 0xC0) == 0x80)
+            ++end;
+        ++characters;
+    }
+    return "'" + std::string(word.substr(0, end)) + (end < word.size() ? "...'" : "'");
 }
 
 std::optional<SessionScript> SessionScript::parse(std::string_view text, const std::string& source, std::string& error)

@@ -8,6 +8,10 @@
 
 namespace hostapp {
 
+/// A word as an error message quotes it: at most 80 characters (whole UTF-8 characters), so
+/// that a bad line of megabytes gives a message of a line.
+std::string quotedWord(std::string_view word);
+
 struct SessionCommand {
     int line = 0;
     std::string name;

@@ -220,7 +220,7 @@ TEST_F(FilterSessionTest, BadFiltersAndPicturesStopTheScriptNamingTheCulprit)
     EXPECT_EQ(failure("filter CIBumpDistortion inputScale=1,2\n"),
         "t.session:1: filter: 'inputScale=1,2': inputScale takes one number");
     EXPECT_EQ(failure("filter CIGaussianBlur inputRadius=1 inputRadius=2\n"),
-        "t.session:1: filter: inputRadius is set twice");
+        "t.session:1: filter: 'inputRadius' is set twice");
     EXPECT_EQ(failure("filter\n"), "t.session:1: usage: filter NAME [KEY=VALUE ...]");
     const std::string missing = failure("open nothing-here.png\n");
     EXPECT_EQ(missing.rfind("t.session:1: open: cannot read the picture ", 0), 0u) << missing;
