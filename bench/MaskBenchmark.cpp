@@ -157,12 +157,12 @@ std::vector<double> blurredSpan(int length, double from, double to, double sigma
 // its sharp square: a separable product, so the whole buffer can be checked.
 double rectangleError(const IMAGE_BUFFER& buffer, float feather)
 {
-    const double from = 1 + double(feather); // the square's left and bottom edges in the buffer
+    const double from = 1 + double(feather); // the square's left and top edges in the buffer
     const auto across = blurredSpan(buffer.nWidth, from, from + kSide, feather);
-    const auto up = blurredSpan(buffer.nHeight, from, from + kSide, feather);
+    const auto down = blurredSpan(buffer.nHeight, from, from + kSide, feather);
     double worst = 0;
     for (int r = 0; r < buffer.nHeight; ++r) {
-        const double py = up[std::size_t(buffer.nHeight - 1 - r)]; // memory rows run top first
+        const double py = down[std::size_t(r)]; // memory rows run down the layer, as the square's y does
         const unsigned char* row = buffer.pData + std::size_t(r) * std::size_t(buffer.nWidth) * 4;
         for (int x = 0; x < buffer.nWidth; ++x)
             worst = std::max(worst, std::fabs(row[4 * x + 3] - 255 * py * across[std::size_t(x)]));
@@ -216,10 +216,8 @@ void alternative(int shape, float feather, int width, int height, std::vector<un
     cairo_surface_t* surface = cairo_image_surface_create_for_data(pixels.data(), CAIRO_FORMAT_ARGB32, width, height, width * 4);
     cairo_t* cr = cairo_create(surface);
     cairo_set_source_rgba(cr, 1, 1, 1, 1);
+    // cairo's y goes down the surface as the layer's does down the mask: no flip needed.
     const double inset = 1 + double(feather);
-    // cairo's y goes down: flip so the shape lands where the rasteriser puts it.
-    cairo_translate(cr, 0, height);
-    cairo_scale(cr, 1, -1);
     switch (shape) {
     case Rectangle:
         cairo_rectangle(cr, inset, inset, kSide, kSide);

@@ -8,6 +8,7 @@
 #include "kit/CIFilter.h"
 #include "kit/ColorSpace.h"
 #include "kit/Data.h"
+#include "kit/Flip.h"
 #include "kit/MemoryRecycler.h"
 #include "kit/MutablePath.h"
 
@@ -165,6 +166,20 @@ bool polygonLayout(const kit::Point* vertices, int count, float feather, Layout&
         && fitsInt(double(layout.origin.y));
 }
 
+// The bitmap's drawing space runs y up, but the layer runs y down and takes memory row j onto
+// its row origin.y + j. So a shape is drawn mirrored within its buffer (layer y goes to
+// flippedY(y - origin.y, height)) and lands on exactly the layer pixels it was given in.
+kit::AffineTransform layerToDrawing(const Layout& layout)
+{
+    return { 1, 0, 0, -1, -double(layout.origin.x), kit::flippedY(-double(layout.origin.y), layout.height) };
+}
+
+kit::Rect layerRectToDrawing(const Layout& layout, const kit::Rect& rect)
+{
+    const kit::Point lowLeft = layerToDrawing(layout).apply({ rect.x(), rect.y() + rect.height() });
+    return { lowLeft.x, lowLeft.y, rect.width(), rect.height() };
+}
+
 bool ellipseLayout(const kit::Rect& rect, float feather, Layout& layout)
 {
     if (!validFeather(feather))
@@ -232,7 +247,7 @@ int CreateImageBufferFromPolygon(IMAGE_BUFFER& buffer, kit::Point& origin, const
         return kGraphicsToBufferRefused;
     // The vertices as given, moved into the buffer; the fill closes the figure.
     auto path = kit::MutablePath::create();
-    const kit::AffineTransform move = kit::AffineTransformMakeTranslation(-layout.origin.x, -layout.origin.y);
+    const kit::AffineTransform move = layerToDrawing(layout);
     path->addLines(&move, vertices, count);
     kit::Point low, high;
     if (path->isAxisAlignedRectangle(low, high))
@@ -264,8 +279,7 @@ int CreateImageBufferFromEllipse(IMAGE_BUFFER& buffer, kit::Point& origin, kit::
     return rasterize(buffer, origin, layout, feather, [&](kit::BitmapContext& context) {
         setFillColor(context, fillColor);
         context.beginPath();
-        context.addEllipseInRect(
-            kit::Rect(rect.x() - layout.origin.x, rect.y() - layout.origin.y, rect.width(), rect.height()));
+        context.addEllipseInRect(layerRectToDrawing(layout, rect));
         context.clearAndFillPath();
     });
 }

@@ -41,11 +41,13 @@ inline constexpr long long kGraphicsToBufferMaxPixels = 1LL << 28;
 /// The longest side of a feathered buffer.
 inline constexpr long long kGraphicsToBufferMaxBlurSide = 1LL << 20;
 
-/// Fills the closed polygon through `vertices` (selection-layer pixels, y up) with `fillColor`,
-/// antialiased and, for a feather above 0.0001, blurred with a Gaussian of that standard
-/// deviation. The buffer spans the vertices' bounds truncated toward zero plus a margin of
-/// 1 + feather below and left and 2 + feather above and right; `origin` is its lower-left
-/// corner and memory row 0 is its top row. `firstColor` and `flag` are not read.
+/// Fills the closed polygon through `vertices` (selection-layer pixels, y down) with
+/// `fillColor`, antialiased and, for a feather above 0.0001, blurred with a Gaussian of that
+/// standard deviation. The buffer spans the vertices' bounds truncated toward zero plus a margin
+/// of 1 + feather before them and 2 + feather after them on each axis; `origin` is its first
+/// pixel's corner, and memory row j and column i cover the layer pixel (origin.x + i,
+/// origin.y + j), so the mask lands exactly where the shape was given. `firstColor` and `flag`
+/// are not read.
 int CreateImageBufferFromPolygon(IMAGE_BUFFER& buffer, kit::Point& origin, const kit::Point* vertices, int count,
                                  COLOR_STRUCT firstColor, bool flag, COLOR_STRUCT fillColor, float feather);
 /// The polygon (x, y), (x, y + height), (x + width, y + height), (x + width, y).

@@ -80,17 +80,16 @@ TEST_F(ReplayTest, ARectangleIsOneCommitThenRecordedAgainUnchanged)
     EXPECT_EQ(document.journal(), commitFor("IPD_LayerPaint_ImportImageData 2 33x43 at 9,19"));
     ASSERT_EQ(document.actionLog().size(), 1u);
     EXPECT_TRUE(sameBits(document.actionLog().records()[0], r));
-    // The buffer's top memory row goes to the origin's row, so the box lands mirrored within
-    // its bounds: rows 21 to 60, the margin below being one row and the one above two.
-    EXPECT_EQ(alphaAt(10, 21), 255);
-    EXPECT_EQ(alphaAt(39, 60), 255);
-    EXPECT_EQ(alphaAt(10, 20), 0);
+    // Exactly the box's pixels: x 10 to 39, y 20 to 59.
+    EXPECT_EQ(alphaAt(10, 20), 255);
+    EXPECT_EQ(alphaAt(39, 59), 255);
+    EXPECT_EQ(alphaAt(10, 19), 0);
     EXPECT_EQ(alphaAt(9, 40), 0);
     EXPECT_EQ(alphaAt(40, 40), 0);
-    EXPECT_EQ(alphaAt(10, 61), 0);
+    EXPECT_EQ(alphaAt(10, 60), 0);
     // One undo step: the replayed selection goes with one undo.
     table->undo(handle, nullptr);
-    EXPECT_EQ(alphaAt(10, 21), 0);
+    EXPECT_EQ(alphaAt(10, 20), 0);
 }
 
 TEST_F(ReplayTest, AnEllipseUsesTheEllipseRasteriser)
@@ -115,7 +114,7 @@ TEST_F(ReplayTest, AToolNumberIsTruncatedTowardZero)
     // Just above -1 still truncates to the rectangle.
     SelectionEventRecord box = marquee(-0.5f, 100, 100, 10, 10, 0);
     table->play(handle, &box);
-    EXPECT_EQ(alphaAt(100, 101), 255);
+    EXPECT_EQ(alphaAt(100, 100), 255);
 }
 
 TEST_F(ReplayTest, APolygonIsReadFromItsVertexText)

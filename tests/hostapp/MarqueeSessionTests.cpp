@@ -60,38 +60,38 @@ protected:
     std::unique_ptr<hostapp::PluginHost> plugin;
 };
 
-// The window is 1200 x 900 and shows the whole 1000 x 800 canvas; a box's rows land one lower
-// than its y range, since a mask's top row goes to its origin's row.
+// The window is 1200 x 900 and shows the whole 1000 x 800 canvas; a box covers exactly the
+// canvas pixels under the drag.
 
 TEST_F(MarqueeSessionTest, AtZoomOneTheBoxIsWhereTheDragWas)
 {
     const auto mask = session("down 200 300\ndrag 300 400\nup 300 400\n");
-    expectBox(mask, 100, 451, 199, 550);
+    expectBox(mask, 100, 450, 199, 549);
 }
 
 TEST_F(MarqueeSessionTest, AtZoomTwoTheSameDragCoversHalfTheCanvasPixels)
 {
     const auto mask = session("viewsize 2000 1600\ndown 200 300\ndrag 300 400\nup 300 400\n");
-    expectBox(mask, 300, 426, 349, 475);
+    expectBox(mask, 300, 425, 349, 474);
 }
 
 TEST_F(MarqueeSessionTest, AtZoomAHalfTheSameDragCoversTwiceAsMany)
 {
     const auto mask = session("viewsize 500 400\ndown 550 350\ndrag 600 400\nup 600 400\n");
-    expectBox(mask, 400, 501, 499, 600);
+    expectBox(mask, 400, 500, 499, 599);
 }
 
 TEST_F(MarqueeSessionTest, ALayerOffsetDoesNotMoveTheSelectionOnTheCanvas)
 {
     const auto mask = session("layer-offset 30 20\ndown 200 300\ndrag 300 400\nup 300 400\n");
-    expectBox(mask, 100, 451, 199, 550);
+    expectBox(mask, 100, 450, 199, 549);
 }
 
 TEST_F(MarqueeSessionTest, AHostZoomBetweenSelectionsIsFollowed)
 {
     // Zoom in with the host's own control, then drag: the plug-in reads the new zoom.
     const auto mask = session("click 24 24\ndown 200 300\ndrag 300 400\nup 300 400\n");
-    expectBox(mask, 300, 426, 349, 475);
+    expectBox(mask, 300, 425, 349, 474);
 }
 
 TEST_F(MarqueeSessionTest, NewReplacesAndAddKeepsTheSelection)

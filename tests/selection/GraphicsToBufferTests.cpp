@@ -40,11 +40,12 @@ TEST(RectangleMask, SharpRectangleIsExactByteForByte)
     EXPECT_EQ(m.origin, (kit::Point { 9, 19 }));
     ASSERT_EQ(m.buffer.nWidth, 33);
     ASSERT_EQ(m.buffer.nHeight, 43);
-    // Columns 1 .. 30 of memory rows 2 .. 41 opaque white; one empty row below the shape, two
-    // above it, one empty column on the left and two on the right.
+    // Memory row j is layer row 19 + j: columns 1 .. 30 of memory rows 1 .. 40 are opaque white,
+    // the layer pixels x 10 .. 39, y 20 .. 59, exactly the rectangle. One empty row and column
+    // before it, two after it.
     for (int row = 0; row < 43; ++row)
         for (int column = 0; column < 33; ++column) {
-            const unsigned char expected = column >= 1 && column <= 30 && row >= 2 && row <= 41 ? 255 : 0;
+            const unsigned char expected = column >= 1 && column <= 30 && row >= 1 && row <= 40 ? 255 : 0;
             for (int c = 0; c < 4; ++c)
                 ASSERT_EQ(m.pixel(column, row)[c], expected) << column << "," << row << " byte " << c;
         }
@@ -148,10 +149,10 @@ TEST(RectangleMask, FeatheredRectanglesAreTheExactGaussianRoundedOnce)
             const int w = m.buffer.nWidth, h = m.buffer.nHeight;
             const double sigma = feather;
             const auto across = exactLine(w, double(r.minX()) - m.origin.x, double(r.maxX()) - m.origin.x, sigma);
-            const auto up = exactLine(h, double(r.minY()) - m.origin.y, double(r.maxY()) - m.origin.y, sigma);
+            const auto down = exactLine(h, double(r.minY()) - m.origin.y, double(r.maxY()) - m.origin.y, sigma);
             for (int row = 0; row < h; ++row)
                 for (int column = 0; column < w; ++column) {
-                    const double exact = 255 * across[std::size_t(column)] * up[std::size_t(h - 1 - row)];
+                    const double exact = 255 * across[std::size_t(column)] * down[std::size_t(row)];
                     ASSERT_NEAR(m.pixel(column, row)[3], exact, 0.501)
                         << column << "," << row << " feather " << feather;
                 }
@@ -212,7 +213,7 @@ TEST(EllipseMask, OriginAndSizeAreNotTruncatedAndTheEllipseIsInscribed)
     EXPECT_EQ(m.origin, (kit::Point { 9, 19 }));
     EXPECT_EQ(m.buffer.nWidth, 33);
     EXPECT_EQ(m.buffer.nHeight, 43);
-    // Inscribed in (1, 1, 30, 40): the ink reaches columns 1 .. 30 and memory rows 2 .. 41, is
+    // Inscribed in (1, 1, 30, 40): the ink reaches columns 1 .. 30 and memory rows 1 .. 40, is
     // opaque at the centre and symmetric about it.
     int minColumn = 99, maxColumn = -1, minRow = 99, maxRow = -1;
     for (int row = 0; row < 43; ++row)
@@ -225,12 +226,12 @@ TEST(EllipseMask, OriginAndSizeAreNotTruncatedAndTheEllipseIsInscribed)
             }
     EXPECT_EQ(minColumn, 1);
     EXPECT_EQ(maxColumn, 30);
-    EXPECT_EQ(minRow, 2);
-    EXPECT_EQ(maxRow, 41);
+    EXPECT_EQ(minRow, 1);
+    EXPECT_EQ(maxRow, 40);
     EXPECT_EQ(m.pixel(16, 21)[3], 255);
-    for (int row = 2; row <= 41; ++row)
+    for (int row = 1; row <= 40; ++row)
         for (int column = 1; column <= 30; ++column)
-            ASSERT_NEAR(m.pixel(column, row)[3], m.pixel(31 - column, 43 - row)[3], 1) << column << "," << row;
+            ASSERT_NEAR(m.pixel(column, row)[3], m.pixel(31 - column, 41 - row)[3], 1) << column << "," << row;
 
     Mask soft;
     ASSERT_EQ(ellipse(soft, kit::Rect(10, 20, 30, 40), 2.5f), 0);
@@ -284,20 +285,22 @@ TEST(PolygonMask, FewerThanThreeVerticesLeaveEverythingAlone)
     EXPECT_TRUE(m.untouched());
 }
 
-TEST(PolygonMask, MemoryRowZeroHoldsTheLargestY)
+TEST(PolygonMask, MemoryRowsRunDownTheLayerSoAShapeKeepsItsWayUp)
 {
-    // A right triangle with its apex up at the left: the top rows of memory hold only the
-    // left-hand pixels, the bottom rows the whole base.
+    // A right triangle with its right angle at the top left of the layer: the first memory rows
+    // hold the whole top side, the last ones only the apex at the left.
     Mask m;
     ASSERT_EQ(polygon(m, { { 10, 10 }, { 20, 10 }, { 10, 30 } }, 0), 0);
     EXPECT_EQ(m.origin, (kit::Point { 9, 9 }));
     ASSERT_EQ(m.buffer.nHeight, 23);
-    // Memory row 2 is y 29 .. 30 (layer): only the column at x 10 .. 11 is touched.
-    EXPECT_GT(m.pixel(1, 2)[3], 0);
-    EXPECT_EQ(m.pixel(5, 2)[3], 0);
-    // Memory row 21 is y 10 .. 11: nearly the whole base.
-    EXPECT_EQ(m.pixel(5, 21)[3], 255);
-    EXPECT_GT(m.pixel(10, 21)[3], 0);
+    // Memory row 1 is layer y 10 .. 11: nearly the whole top side.
+    EXPECT_EQ(m.pixel(5, 1)[3], 255);
+    EXPECT_GT(m.pixel(10, 1)[3], 0);
+    EXPECT_EQ(m.pixel(5, 0)[3], 0);
+    // Memory row 20 is layer y 29 .. 30: only the column at x 10 .. 11 is touched.
+    EXPECT_GT(m.pixel(1, 20)[3], 0);
+    EXPECT_EQ(m.pixel(5, 20)[3], 0);
+    EXPECT_EQ(m.pixel(1, 21)[3], 0);
 }
 
 TEST(DestroyImageBuffer, ANullBlockIsFine)
