@@ -216,6 +216,19 @@ void GraphicsContext::strokeRect(const Rect& rect, float lineWidth)
     strokePath(*path);
 }
 
+void GraphicsContext::beginTransparencyLayer()
+{
+    saveGState();
+    cairo_push_group(m_cairo);
+}
+
+void GraphicsContext::endTransparencyLayer()
+{
+    cairo_pop_group_to_source(m_cairo);
+    cairo_paint(m_cairo);
+    restoreGState();
+}
+
 void GraphicsContext::clearRect(const Rect& rect)
 {
     if (!finite(rect) || rect.isEmpty())

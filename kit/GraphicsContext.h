@@ -59,6 +59,12 @@ public:
     void saveGState();
     void restoreGState();
 
+    /// Draws what follows, until the matching end, into a layer of its own that starts
+    /// transparent and is then composited over what lay beneath: clearing inside the layer
+    /// clears only what the layer holds. Saves the state at the begin and restores it at the end.
+    void beginTransparencyLayer();
+    void endTransparencyLayer();
+
     /// Moves the origin; non-finite offsets are ignored.
     void translate(float dx, float dy);
     /// Mirrors user space top to bottom within [minY, maxY]: y becomes minY + maxY - y.
