@@ -9,6 +9,8 @@
 #include "kit/Event.h"
 #include "kit/Image.h"
 #include "kit/NotificationCenter.h"
+#include "kit/TextView.h"
+#include "kit/Window.h"
 
 #include <algorithm>
 #include <cmath>
@@ -175,9 +177,20 @@ void CanvasView::mouseEntered(const kit::Event&) { kit::Cursor::arrowCursor()->s
 
 void CanvasView::mouseExited(const kit::Event&) {}
 
+bool CanvasView::editingText() const
+{
+    kit::Window* window = this->window();
+    auto* editor = window ? dynamic_cast<kit::TextView*>(window->firstResponder()) : nullptr;
+    return editor && editor->isFieldEditor() && editor->client();
+}
+
 void CanvasView::keyUp(const kit::Event& event)
 {
     note("keyup " + event.characters());
+    // A release that rises from a field being edited ends a keystroke of the typing: a Delete
+    // typed into the feather field must not take back a lasso vertex.
+    if (editingText())
+        return;
     kit::Notification notification { kKeyUp, &event, {} };
     kit::NotificationCenter::defaultCenter().post(notification);
 }

@@ -52,7 +52,8 @@ public:
     void mouseUp(const kit::Event& event) override;
     void mouseEntered(const kit::Event& event) override;
     void mouseExited(const kit::Event& event) override;
-    /// A key release that no tool took: posted as "keyUp" with the event as its object.
+    /// A key release that no tool took: posted as "keyUp" with the event as its object, unless
+    /// a text field being edited had it.
     void keyUp(const kit::Event& event) override;
 
     /// A dropped PNG file becomes the canvas picture.
@@ -68,6 +69,8 @@ private:
     void act(Control kind);
     void zoomBy(double factor);
     void note(const std::string& line) { m_log.push_back(line); }
+    /// Whether the window's first responder is the field editor of a text field being edited.
+    bool editingText() const;
     /// The canvas at one pixel a canvas pixel: what the host shows before scaling.
     kit::RefPtr<kit::Image> canvasPicture() const;
     void drawControls() const;
