@@ -1,5 +1,6 @@
-// Demo: a rectangle and an ellipse selected with feathers typed into the option bar, the window
-// seen mid-drag and with each panel, a picture blurred through the selection, and the action log
+// Demo: a rectangle and an ellipse selected with feathers typed into the option bar and a lasso
+// triangle added, the window seen mid-drag, mid-polygon and with each panel, a picture blurred
+// through the selection, and the action log
 // replayed onto a second document.
 #include "hostapp/Demo.h"
 
@@ -45,6 +46,16 @@ save-window demo-marquee-panel.png
 # The lasso and brush panels.
 click 161 879
 save-window demo-lasso-panel.png
+# The lasso, still in Add mode: two corners clicked, the rubber band seen following the
+# pointer, and a double click closing a triangle that points down.
+click 840 720
+move 1080 720
+click 1080 720
+move 1010 580
+save-window demo-lasso-drawing.png
+move 960 480
+doubleclick 960 480
+wait 0.1
 click 194 879
 save-window demo-brush-panel.png
 # The picture blurred through the feathered selection.

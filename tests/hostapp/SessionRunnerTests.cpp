@@ -162,19 +162,20 @@ TEST(HostProgram, DemoWritesItsFilesIntoOut)
     ASSERT_EQ(host("demo", dir.path()), 0) << readFile(dir.path() / "err.txt");
     for (const char* file : { "demo-mask.png", "demo-log.jsonl", "demo-replayed-mask.png", "demo-rectangle-drag.png",
                               "demo-ellipse-drag.png", "demo-marquee-panel.png", "demo-lasso-panel.png",
-                              "demo-brush-panel.png", "demo-replayed-window.png", "demo-filtered-picture.png",
-                              "demo-replayed-picture.png" })
+                              "demo-lasso-drawing.png", "demo-brush-panel.png", "demo-replayed-window.png",
+                              "demo-filtered-picture.png", "demo-replayed-picture.png" })
         EXPECT_TRUE(fs::exists(dir.path() / "out" / file)) << file;
     const std::string out = readFile(dir.path() / "out.txt");
     EXPECT_NE(out.find("wrote out/demo-mask.png"), std::string::npos);
     EXPECT_NE(out.find("the replayed mask equals the original pixel for pixel"), std::string::npos);
     EXPECT_NE(out.find("the replayed picture equals the filtered one pixel for pixel"), std::string::npos);
-    // Two selections were made through the bar, with the feathers typed into its panel, between
-    // the host's opening and filtering of the picture.
+    // Three selections were made through the bar, two with the feathers typed into its panel and
+    // a lasso triangle, between the host's opening and filtering of the picture.
     const std::string log = readFile(dir.path() / "out/demo-log.jsonl");
-    EXPECT_EQ(std::count(log.begin(), log.end(), '\n'), 4);
+    EXPECT_EQ(std::count(log.begin(), log.end(), '\n'), 5);
     EXPECT_NE(log.find("\"param8\":10"), std::string::npos) << log;
     EXPECT_NE(log.find("\"param8\":25"), std::string::npos) << log;
+    EXPECT_NE(log.find("\"param2\":2,\"param3\":3"), std::string::npos) << log;
 }
 
 TEST(HostProgram, ABadScriptStopsWithStatusTwoAndTheLine)
