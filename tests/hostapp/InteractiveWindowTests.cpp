@@ -47,6 +47,23 @@ void pushKey(SDL_Keycode key, Uint16 mod)
     push(e);
 }
 
+// Lets the overlay come on screen and the bar make its first switch (wall clock).
+void waitForTheOverlay()
+{
+    const double until = kit::RunLoop::main().now() + 1.2;
+    while (kit::RunLoop::main().now() < until) {
+        kit::RunLoop::main().runDue();
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+}
+
+void pushQuit()
+{
+    SDL_Event quit {};
+    quit.type = SDL_QUIT;
+    push(quit);
+}
+
 TEST(InteractiveWindow, ADragInTheWindowSelectsAndCtrlZUndoes)
 {
     // A window system without a screen, so the test runs anywhere.
@@ -63,20 +80,13 @@ TEST(InteractiveWindow, ADragInTheWindowSelectsAndCtrlZUndoes)
     const bool ran = window.run(
         error,
         [](hostapp::SessionRunner&) {
-            // Let the overlay come on screen and the bar make its first switch (wall clock).
-            const double until = kit::RunLoop::main().now() + 1.2;
-            while (kit::RunLoop::main().now() < until) {
-                kit::RunLoop::main().runDue();
-                std::this_thread::sleep_for(std::chrono::milliseconds(10));
-            }
+            waitForTheOverlay();
             // Rows run down from the top of the 900-point window.
             pushButton(SDL_MOUSEBUTTONDOWN, 200, 600);
             pushMotion(300, 500);
             pushButton(SDL_MOUSEBUTTONUP, 300, 500);
             pushKey(SDLK_z, KMOD_LCTRL); // the host's undo
-            SDL_Event quit {};
-            quit.type = SDL_QUIT;
-            push(quit);
+            pushQuit();
         },
         [&](hostapp::SessionRunner& runner) {
             auto& doc = runner.document();
@@ -94,6 +104,45 @@ TEST(InteractiveWindow, ADragInTheWindowSelectsAndCtrlZUndoes)
     EXPECT_EQ(y, 450);
     EXPECT_EQ(selectedAfterUndo, 0);
     EXPECT_EQ(redoSteps, 1u);
+}
+
+TEST(InteractiveWindow, TheLassosRubberBandFollowsThePointerBetweenClicks)
+{
+    setenv("SDL_VIDEODRIVER", "dummy", 1);
+    std::string error;
+    auto plugin = loadBuiltPlugin(error);
+    ASSERT_TRUE(plugin) << error;
+
+    int dashPixels = -1, offLinePixels = -1;
+    hostapp::InteractiveWindow window(plugin->table());
+    const bool ran = window.run(
+        error,
+        [](hostapp::SessionRunner&) {
+            waitForTheOverlay();
+            pushButton(SDL_MOUSEBUTTONDOWN, 161, 21); // the lasso's button in the bar
+            pushButton(SDL_MOUSEBUTTONUP, 161, 21);
+            pushButton(SDL_MOUSEBUTTONDOWN, 300, 600);
+            pushButton(SDL_MOUSEBUTTONUP, 300, 600);
+            pushMotion(500, 600);
+            pushQuit();
+        },
+        [&](hostapp::SessionRunner& runner) {
+            // What the window shows: a dashed line from the click to the pointer, black spread
+            // over the two pixel rows that the line at y 300 runs between.
+            auto picture = runner.canvas().window().renderImage();
+            if (!picture)
+                return;
+            auto dark = [&](int x, int y) { return picture->rgba()[(std::size_t(y) * 1200 + std::size_t(x)) * 4] < 200; };
+            dashPixels = offLinePixels = 0;
+            for (int x = 305; x < 495; ++x) {
+                dashPixels += dark(x, 600) || dark(x, 599);
+                offLinePixels += dark(x, 590) || dark(x, 610);
+            }
+        });
+    ASSERT_TRUE(ran) << error;
+    EXPECT_GT(dashPixels, 190 * 4 / 7 - 10); // 4 points drawn in every 7
+    EXPECT_LT(dashPixels, 190);
+    EXPECT_EQ(offLinePixels, 0);
 }
 
 } // namespace
