@@ -375,6 +375,22 @@ TEST(GraphicsContextStack, GraphicsStateKeepsColoursAndClipUntilRestored)
     EXPECT_EQ(pixelAtPoint(*image, 3, 0), (Pixel { 0, 0, 0, 255 }));
 }
 
+TEST(GraphicsContextStack, ClearingInATransparencyLayerClearsOnlyTheLayer)
+{
+    auto context = GraphicsContext::create(4, 1);
+    context->setFillColor(Color::redColor());
+    context->fillRect({ 0, 0, 4, 1 });
+    context->beginTransparencyLayer();
+    context->clearRect({ 0, 0, 4, 1 });
+    context->setFillColor(Color::blueColor());
+    context->fillRect({ 2, 0, 1, 1 });
+    context->endTransparencyLayer();
+    EXPECT_EQ(context->fillColor(), Color::redColor()); // the layer's state ended with it
+    auto image = context->makeImage();
+    EXPECT_EQ(pixelAtPoint(*image, 1, 0), (Pixel { 255, 0, 0, 255 }));
+    EXPECT_EQ(pixelAtPoint(*image, 2, 0), (Pixel { 0, 0, 255, 255 }));
+}
+
 TEST(GraphicsContextLimits, RefusesEmptyAndOversizedSurfaces)
 {
     EXPECT_EQ(GraphicsContext::create(0, 10), nullptr);
