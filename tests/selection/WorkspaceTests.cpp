@@ -4,6 +4,7 @@
 #include "Classes/Selection/SelectionBaseView.h"
 #include "Classes/Selection/SelectionMainView.h"
 #include "Classes/Selection/SelectionOptionsView.h"
+#include "tests/selection/HostContentStandIn.h"
 #include "engine/Document.h"
 #include "kit/Application.h"
 #include "kit/Cursor.h"
@@ -23,30 +24,6 @@ using kit::Event;
 using kit::EventType;
 using kit::Point;
 using kit::Rect;
-
-/// Stands in for the host's content view: notes the events that reach it.
-class HostContent final : public kit::View {
-    KIT_MAKEABLE
-public:
-    std::vector<std::string> log;
-    void mouseDown(const Event& e) override { note("down", e); }
-    void mouseDragged(const Event& e) override { note("drag", e); }
-    void mouseUp(const Event& e) override { note("up", e); }
-    void mouseMoved(const Event& e) override { note("moved", e); }
-    bool performDragOperation(const kit::DraggingInfo& info) override
-    {
-        log.push_back("drop " + info.filenames.at(0));
-        return true;
-    }
-
-private:
-    using kit::View::View;
-    void note(const char* what, const Event& e)
-    {
-        log.push_back(std::string(what) + " " + std::to_string(int(e.locationInWindow().x)) + "," +
-                      std::to_string(int(e.locationInWindow().y)));
-    }
-};
 
 class WorkspaceTest : public testing::Test {
 protected:
