@@ -155,30 +155,27 @@ void PolygonSelectionView::dealKeyUp(const kit::Notification& notification)
         keyUp(*event);
 }
 
-bool PolygonSelectionView::layerVertices(std::vector<kit::Point>& vertices) const
+std::vector<kit::Point> PolygonSelectionView::layerVertices(const SelectionMainView& overlay) const
 {
-    auto* overlay = dynamic_cast<SelectionMainView*>(superview());
-    if (!overlay)
-        return false;
-    vertices.clear();
+    std::vector<kit::Point> vertices;
     vertices.reserve(m_arrPoints.size());
     for (const kit::Point& p : m_arrPoints) {
-        const kit::Point canvas = overlay->convertPointNSViewToCavansView(p);
+        const kit::Point canvas = overlay.convertPointNSViewToCavansView(p);
         int offsetX = 0, offsetY = 0;
         IPD_Layer_GetOffset(m_QMContext, IPD_GetSelectionMaskID(m_QMContext), &offsetX, &offsetY);
         vertices.push_back({ canvas.x - float(offsetX), canvas.y - float(offsetY) });
     }
-    return true;
+    return vertices;
 }
 
 void PolygonSelectionView::dealDoubleClick()
 {
     // Without the overlay the points have no place on the canvas: they wait for the next try.
-    if (!dynamic_cast<SelectionMainView*>(superview()))
+    auto* overlay = dynamic_cast<SelectionMainView*>(superview());
+    if (!overlay)
         return;
     IPD_EnableSeletionLayerOperation(m_QMContext, 0);
-    std::vector<kit::Point> vertices;
-    layerVertices(vertices);
+    const std::vector<kit::Point> vertices = layerVertices(*overlay);
     const float f = feather();
     IMAGE_BUFFER buffer {};
     kit::Point origin;

@@ -8,6 +8,7 @@
 namespace kit {
 struct Notification;
 } // namespace kit
+class SelectionMainView;
 
 /// Click the corners of a polygon, double-click to close it: a dashed line follows the pointer
 /// from the last corner, the closed polygon becomes a selection imported into the
@@ -64,8 +65,8 @@ private:
     void dropTrackingArea();
     /// Back to idle: no vertices, no tracking area, nothing to draw.
     void forgetPolygon();
-    /// The vertices in selection-layer pixels, or false when there is no overlay to convert with.
-    bool layerVertices(std::vector<kit::Point>& vertices) const;
+    /// The points in selection-layer pixels, through the overlay's conversion and the layer's offset.
+    std::vector<kit::Point> layerVertices(const SelectionMainView& overlay) const;
 
     bool m_bDoubleClick = false;
     std::vector<kit::Point> m_arrPoints;
