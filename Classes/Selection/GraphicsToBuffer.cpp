@@ -26,7 +26,9 @@ constexpr double kFeatherThreshold = 0.0001;
 
 bool isFeathered(float feather) { return double(feather) > kFeatherThreshold; }
 
-bool validFeather(float feather) { return feather >= 0 && feather <= kGraphicsToBufferMaxFeather; }
+// A negative feather only narrows the margins (the buffer must still have a pixel) and blurs
+// nothing; the bound on either side keeps every size computation finite.
+bool validFeather(float feather) { return std::fabs(feather) <= kGraphicsToBufferMaxFeather; }
 
 bool fitsInt(double v) { return v >= double(INT_MIN) && v <= double(INT_MAX); }
 
@@ -188,8 +190,6 @@ bool ellipseLayout(const kit::Rect& rect, float feather, Layout& layout)
         if (!std::isfinite(v))
             return false;
     }
-    if (rect.width() < 0 || rect.height() < 0)
-        return false;
     layout.origin = { rect.x() - 1 - feather, rect.y() - 1 - feather };
     if (!fitsInt(double(layout.origin.x)) || !fitsInt(double(layout.origin.y)))
         return false;
@@ -263,7 +263,9 @@ int CreateImageBufferFromPolygon(IMAGE_BUFFER& buffer, kit::Point& origin, const
 int CreateImageBufferFromRect(IMAGE_BUFFER& buffer, kit::Point& origin, kit::Rect rect, COLOR_STRUCT firstColor,
                               bool flag, COLOR_STRUCT fillColor, float feather)
 {
-    if (!std::isfinite(rect.width()) || !std::isfinite(rect.height()) || rect.width() < 0 || rect.height() < 0)
+    // A negative width or height is still four corners of an ordinary polygon: drawn from the
+    // other side, it covers the same pixels as its mirror.
+    if (!std::isfinite(rect.width()) || !std::isfinite(rect.height()))
         return kGraphicsToBufferRefused;
     const float x = rect.x(), y = rect.y(), w = rect.width(), h = rect.height();
     const kit::Point corners[4] = { { x, y }, { x, y + h }, { x + w, y + h }, { x + w, y } };

@@ -145,7 +145,7 @@ TEST_F(ReplayTest, RecordsTheRasteriserCannotTakeChangeNothing)
         marquee(0, 10, inf, 30, 40, 0),
         marquee(1, 10, 20, -30, 40, 0),
         marquee(0, 10, 20, 30, nan, 0),
-        marquee(0, 10, 20, 30, 40, -1),
+        marquee(0, 10, 20, 30, 40, -20), // margins that leave no pixel
         marquee(1, 10, 20, 30, 40, nan),
         marquee(0, 10, 20, 30, 40, 1000.5f),
         marquee(0, 0, 0, 40000, 40000, 0),    // 1.6e9 pixels

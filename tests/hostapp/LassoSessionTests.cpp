@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include <array>
 
 namespace {
@@ -124,6 +126,26 @@ TEST_F(LassoFieldTest, ADeleteTypedIntoTheFeatherFieldLeavesTheLassoAlone)
     const SelectionEventRecord& r = runner->document().actionLog().records()[0];
     EXPECT_EQ(r.param3, 3.0f);
     EXPECT_EQ(r.param5, 4.0f); // the typing went to the field
+}
+
+// The first press of a New-mode lasso clears the selection; abandoned with a right click, that
+// clear is a step of its own, so a later polygon undoes to the empty selection, then to the box.
+TEST_F(LassoFieldTest, AnAbandonedPolygonsClearIsAnUndoStepOfItsOwn)
+{
+    auto selected = [&] {
+        const auto alpha = runner->document().maskAlpha();
+        return std::count_if(alpha.begin(), alpha.end(), [](std::uint8_t a) { return a != 0; });
+    };
+    std::string error;
+    ASSERT_TRUE(run("run\nwait 1.1\ndown 200 300\ndrag 300 400\nup 300 400\nclick 161 879\nwait 0.1\nclick 500 500\n"
+                    "rightdown 500 500\nrightup 500 500\n",
+        error))
+        << error;
+    EXPECT_EQ(selected(), 0);
+    ASSERT_TRUE(run("click 600 300\nmove 700 300\nclick 700 300\nmove 650 200\ndoubleclick 650 200\nwait 0.1\nundo\n", error)) << error;
+    EXPECT_EQ(selected(), 0);
+    ASSERT_TRUE(run("undo\n", error)) << error;
+    EXPECT_EQ(selected(), 100 * 100);
 }
 
 } // namespace

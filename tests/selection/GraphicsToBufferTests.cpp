@@ -327,11 +327,10 @@ TEST(BadInput, IsRefusedWithMinusThreeAndLeavesEverythingAlone)
         { kit::Rect(0, kInf, 10, 10), 0 },
         { kit::Rect(0, 0, kNaN, 10), 0 },
         { kit::Rect(0, 0, 10, kInf), 0 },
-        { kit::Rect(0, 0, -1, 10), 0 },
-        { kit::Rect(0, 0, 10, -0.5f), 0 },
-        { kit::Rect(0, 0, 10, 10), -0.5f },
         { kit::Rect(0, 0, 10, 10), kNaN },
         { kit::Rect(0, 0, 10, 10), 1000.5f },
+        { kit::Rect(0, 0, 10, 10), -1000.5f },
+        { kit::Rect(0, 0, 10, 10), -6.5f }, // margins of 3 - 13 leave no pixel
         { kit::Rect(0, 0, 10, 10), kInf },
         { kit::Rect(0, 0, 20000, 20000), 0 }, // 4e8 pixels
         { kit::Rect(0, 0, 16000, 16000), 500 }, // within 2^28 sharp, not once feathered
@@ -349,7 +348,7 @@ TEST(BadInput, IsRefusedWithMinusThreeAndLeavesEverythingAlone)
     Mask p;
     EXPECT_EQ(polygon(p, { { 0, 0 }, { kNaN, 5 }, { 5, 5 } }, 0), kGraphicsToBufferRefused);
     EXPECT_EQ(polygon(p, { { 0, 0 }, { 5, -kInf }, { 5, 5 } }, 0), kGraphicsToBufferRefused);
-    EXPECT_EQ(polygon(p, { { 0, 0 }, { 5, 5 }, { 5, 5 } }, -1), kGraphicsToBufferRefused);
+    EXPECT_EQ(polygon(p, { { 0, 0 }, { 5, 5 }, { 5, 5 } }, -4), kGraphicsToBufferRefused);
     EXPECT_EQ(CreateImageBufferFromPolygon(p.buffer, p.origin, nullptr, 3, kWhite, true, kWhite, 0),
               kGraphicsToBufferRefused);
     std::vector<kit::Point> many(kGraphicsToBufferMaxVertices + 1, kit::Point { 1, 1 });
@@ -361,6 +360,32 @@ TEST(BadInput, IsRefusedWithMinusThreeAndLeavesEverythingAlone)
     many[2] = { 4, 4 };
     Mask q;
     EXPECT_EQ(polygon(q, many, 0), 0);
+}
+
+// What the placement rules give a buffer for is drawn: a negative side is the rectangle's
+// mirror, and a small negative feather narrows the margins without blurring.
+TEST(Rules, NegativeSidesAndSmallNegativeFeathersStillGiveTheirShape)
+{
+    Mask m;
+    ASSERT_EQ(rect(m, kit::Rect(300, 20, -50, 10), 0), 0);
+    EXPECT_EQ(m.origin, kit::Point(249, 19));
+    for (int col = 0; col < m.buffer.nWidth; ++col)
+        EXPECT_EQ(m.pixel(col, 5)[3], col >= 1 && col <= 50 ? 255 : 0) << "layer x " << 249 + col;
+    EXPECT_EQ(m.pixel(10, 0)[3], 0);
+    EXPECT_EQ(m.pixel(10, 10)[3], 255);
+    EXPECT_EQ(m.pixel(10, 11)[3], 0);
+
+    Mask narrow;
+    ASSERT_EQ(rect(narrow, kit::Rect(10, 20, 30, 40), -0.5f), 0);
+    EXPECT_EQ(narrow.origin, kit::Point(9.5f, 19.5f));
+    EXPECT_EQ(narrow.buffer.nWidth, 32);
+    EXPECT_EQ(narrow.buffer.nHeight, 42);
+    EXPECT_EQ(narrow.pixel(15, 20)[3], 255);
+    Mask thin, none;
+    ASSERT_EQ(ellipse(thin, kit::Rect(10, 20, -2, 40), 0), 0);
+    EXPECT_EQ(thin.buffer.nWidth, 1);
+    EXPECT_EQ(ellipse(none, kit::Rect(10, 20, -4, 40), 0), kGraphicsToBufferRefused); // -1 wide
+    EXPECT_TRUE(none.untouched());
 }
 
 } // namespace

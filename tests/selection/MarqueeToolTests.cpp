@@ -211,6 +211,45 @@ TEST_F(MarqueeTest, AddModeKeepsTheSelectionAndUndoStepsBack)
     EXPECT_EQ(document.maskAlpha()[425 * 1000 + 325], 0);
 }
 
+TEST_F(MarqueeTest, AnEllipseAtFixedRatioOneToOneIsACircleAndAFlatOneRecordsNothing)
+{
+    showTool(1);
+    panel->setSelectionType(1);
+    panel->setSelectionRatioHeightRatio(1, 1);
+    drag(100, 100, 160, 140);
+    send(EventType::LeftMouseUp, 160, 140);
+    ASSERT_EQ(document.actionLog().size(), 1u);
+    const SelectionEventRecord& circle = document.actionLog().records()[0];
+    EXPECT_EQ(circle.param5, 40.0f);
+    EXPECT_EQ(circle.param6, 40.0f);
+    // A circle is its own mirror across the diagonal through its centre.
+    const auto mask = document.maskAlpha();
+    const int cx = int(circle.param3 + 20), cy = int(circle.param4 + 20);
+    EXPECT_EQ(mask[std::size_t(cy * 1000 + cx)], 255);
+    for (int dy = -22; dy < 22; ++dy)
+        for (int dx = -22; dx < 22; ++dx)
+            ASSERT_EQ(mask[std::size_t((cy + dy) * 1000 + cx + dx)], mask[std::size_t((cy + dx) * 1000 + cx + dy)])
+                << dx << "," << dy;
+
+    panel->setSelectionType(0);
+    drag(300, 300, 360, 300);
+    send(EventType::LeftMouseUp, 360, 300);
+    EXPECT_EQ(document.actionLog().size(), 1u);
+}
+
+TEST_F(MarqueeTest, UndoAndRedoReachTheHostWhateverToolIsShown)
+{
+    drag(100, 100, 160, 140);
+    send(EventType::LeftMouseUp, 160, 140);
+    for (int other : { 2, 3, 4 }) {
+        showTool(other);
+        overlay->undo(nullptr);
+        EXPECT_EQ(document.maskAlpha()[730 * 1000 + 30], 0) << "tool " << other;
+        overlay->redo(nullptr);
+        EXPECT_EQ(document.maskAlpha()[730 * 1000 + 30], 255) << "tool " << other;
+    }
+}
+
 TEST_F(MarqueeTest, WithoutAPanelEveryOptionReadsZero)
 {
     overlay->setSelectionViewWithSelectionOptionView(0, nullptr);
