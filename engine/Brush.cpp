@@ -39,12 +39,14 @@ double Brush::pixelRadius() const
 
 double Brush::dabSpacing() const { return std::max(1.0, pixelRadius() * m_settings.spacing); }
 
+double Brush::coreRadius() const { return std::min<double>(m_settings.hardness, 0.99) * pixelRadius(); }
+
 double Brush::coverageAt(double distance) const
 {
     double radius = pixelRadius();
     if (!(distance < radius))
         return 0.0;
-    double core = std::min<double>(m_settings.hardness, 0.99) * radius;
+    double core = coreRadius();
     if (distance <= core)
         return 1.0;
     double u = (distance - core) / (radius - core);

@@ -30,6 +30,8 @@ public:
     double pixelRadius() const;
     /// The distance between dab centres along a stroke, at least one pixel.
     double dabSpacing() const;
+    /// Within this distance of its centre a dab covers fully.
+    double coreRadius() const;
     /// The dab's coverage, 1 in the hard core falling smoothly to 0 at the radius.
     double coverageAt(double distance) const;
 

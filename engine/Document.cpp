@@ -388,6 +388,7 @@ int Document::setBrushParameter(const void* brush, int index, float value)
 int Document::beginStroke()
 {
     m_stroke.begin();
+    m_painter.reset();
     return 0;
 }
 
@@ -398,8 +399,10 @@ int Document::strokeTo(const void* brush, unsigned int colour, int x, int y, flo
         return refuse("unknown brush");
     if (!std::isfinite(pressure) || !std::isfinite(time))
         return refuse("pressure and time must be finite");
-    if (!m_stroke.isActive())
+    if (!m_stroke.isActive()) {
         m_stroke.begin();
+        m_painter.reset();
+    }
     layStroke(*found, colour, x, y);
     return 0;
 }
@@ -407,6 +410,7 @@ int Document::strokeTo(const void* brush, unsigned int colour, int x, int y, flo
 int Document::endStroke()
 {
     m_stroke.end();
+    m_painter.reset();
     m_undo.closeStep();
     return 0;
 }
@@ -465,15 +469,17 @@ void Document::layStroke(Brush& brush, unsigned int colour, int x, int y)
     PixelRect canvas = canvasRect();
     auto margin = static_cast<std::int64_t>(std::ceil(brush.pixelRadius())) + 1;
     PixelRect reach { canvas.left - margin, canvas.top - margin, canvas.right + margin, canvas.bottom + margin };
-    DabPainter painter(layer, canvas, [this, &layer](CellKey key) { m_undo.recordBefore(layer, key); });
+    if (m_painterRevision != m_revision)
+        m_painter.reset();
+    const DabPainter::BeforeChange before = [this, &layer](CellKey key) { m_undo.recordBefore(layer, key); };
     unsigned int dabColour = m_selectionRouting ? kMaskColour : colour & 0xffffffu;
     bool laid = false;
     m_stroke.extendTo(x + 0.5, y + 0.5, brush.dabSpacing(), reach, [&](double dabX, double dabY) {
-        painter.lay(brush, dabX, dabY, dabColour);
-        laid = true;
+        laid |= m_painter.lay(layer, canvas, brush, dabX, dabY, dabColour, before);
     });
     if (laid)
         changed();
+    m_painterRevision = m_revision;
 }
 
 void Document::changed() { ++m_revision; }

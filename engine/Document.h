@@ -3,6 +3,7 @@
 
 #include "engine/ActionLog.h"
 #include "engine/BrushSet.h"
+#include "engine/DabPainter.h"
 #include "engine/EngineExport.h"
 #include "engine/Layer.h"
 #include "engine/StrokePath.h"
@@ -161,6 +162,10 @@ private:
     UndoHistory m_undo;
     BrushSet m_brushes;
     StrokePath m_stroke;
+    DabPainter m_painter;
+    // The revision the painter's stroke memory was last in step with: a change made by anything
+    // else in between (a delete, an import, an undo) starts its memory afresh.
+    std::uint64_t m_painterRevision = 0;
     ActionLog m_actionLog;
     std::filesystem::path m_brushDirectory;
     std::uint64_t m_revision = 0;
