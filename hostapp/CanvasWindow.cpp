@@ -2,6 +2,7 @@
 #include "hostapp/CanvasWindow.h"
 
 #include "kit/Application.h"
+#include "kit/Event.h"
 
 namespace hostapp {
 
@@ -30,6 +31,20 @@ void CanvasWindow::sendEvent(const kit::Event& event)
     const kit::EventType type = event.type();
     if (type == kit::EventType::LeftMouseUp || type == kit::EventType::RightMouseUp || type == kit::EventType::KeyUp)
         m_document->endGesture();
+}
+
+void CanvasWindow::refreshCursor(kit::Point pointer, double timestamp)
+{
+    kit::View* content = m_window->contentView();
+    const kit::Event entered = kit::Event::tracking(kit::EventType::MouseEntered, pointer, nullptr, timestamp);
+    const auto& subviews = content->subviews();
+    for (auto it = subviews.rbegin(); it != subviews.rend(); ++it) {
+        if (!(*it)->isHidden() && kit::PointInRect(pointer, (*it)->frame())) {
+            (*it)->mouseEntered(entered);
+            return;
+        }
+    }
+    content->mouseEntered(entered);
 }
 
 void CanvasWindow::setContentSize(kit::Size size)

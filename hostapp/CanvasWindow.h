@@ -25,6 +25,10 @@ public:
     void sendEvent(const kit::Event& event);
     /// Resizes the content area; views with autoresizing masks follow.
     void setContentSize(kit::Size size);
+    /// Lets the topmost view under the pointer choose the cursor afresh, as the host does after
+    /// the pointer moves without a button or a button is released: a tool's cursor then follows
+    /// a change of zoom or of its options without the pointer having to cross a control.
+    void refreshCursor(kit::Point pointer, double timestamp);
 
 private:
     kit::RefPtr<kit::Window> m_window;

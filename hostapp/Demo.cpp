@@ -1,7 +1,7 @@
 // Demo: a rectangle and an ellipse selected with feathers typed into the option bar and a lasso
 // triangle added, the window seen mid-drag, mid-polygon and with each panel, a picture blurred
-// through the selection, and the action log
-// replayed onto a second document.
+// through the selection, a brush and an eraser stroke, and the action log replayed onto a
+// second document.
 #include "hostapp/Demo.h"
 
 #include "hostapp/SessionRunner.h"
@@ -64,6 +64,24 @@ save-picture demo-filtered-picture.png
 save-window demo-filtered-window.png
 save-mask demo-mask.png
 save-log demo-log.jsonl
+# The brush tool, still in Add mode, paints a wavy band across both shapes; its cursor is the
+# brush's footprint. The eraser (tool button at 212) then cuts a band across it. Strokes are
+# the host's own and are not logged, so they come after the log is saved.
+move 640 560
+save-cursor demo-brush-cursor.png
+down 150 600
+drag 300 640
+drag 450 600
+drag 600 640
+drag 750 600
+up 900 640
+click 227 879
+down 640 760
+drag 640 600
+drag 660 450
+up 680 250
+save-window demo-brush-strokes.png
+save-mask demo-brush-mask.png
 )";
 }
 

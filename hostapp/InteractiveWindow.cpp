@@ -111,6 +111,8 @@ private:
             m_leftDown = down;
         m_last = point(b.x, b.y);
         m_runner.canvas().sendEvent(kit::Event::mouse(type, m_last, b.clicks, now()));
+        if (!down)
+            m_runner.canvas().refreshCursor(m_last, now()); // a slider or zoom control may have changed the cursor
     }
 
     void mouseMotion(const SDL_MouseMotionEvent& m)
@@ -118,6 +120,8 @@ private:
         m_last = point(m.x, m.y);
         const auto type = m_leftDown ? kit::EventType::LeftMouseDragged : kit::EventType::MouseMoved;
         m_runner.canvas().sendEvent(kit::Event::mouse(type, m_last, 1, now()));
+        if (!m_leftDown)
+            m_runner.canvas().refreshCursor(m_last, now());
     }
 
     void key(const std::string& characters, unsigned short code)

@@ -4,6 +4,7 @@
 #include "engine/ActionLog.h"
 #include "hostapp/HostPicture.h"
 #include "kit/AutoreleasePool.h"
+#include "kit/Cursor.h"
 #include "kit/Data.h"
 #include "kit/Event.h"
 #include "kit/Image.h"
@@ -133,6 +134,8 @@ bool SessionRunner::execute(const SessionCommand& command, std::string& problem)
         return saveLog(outputPath(command.text), problem);
     } else if (name == "save-window") {
         return saveWindow(outputPath(command.text), problem);
+    } else if (name == "save-cursor") {
+        return saveCursor(outputPath(command.text), problem);
     } else if (name == "replay") {
         if (!m_everRun) {
             problem = "the plug-in is not running yet, so nothing would take the records (put run first)";
@@ -191,6 +194,7 @@ bool SessionRunner::handleInput(const SessionCommand& command)
         sendMouse(EventType::LeftMouseUp, n, n.size() > 2 ? int(n[2]) : m_clickCount);
     } else if (name == "move") {
         sendMouse(EventType::MouseMoved, n, 0);
+        m_canvas->refreshCursor({ float(n[0]), float(n[1]) }, kit::RunLoop::main().now());
     } else if (name == "rightdown") {
         sendMouse(EventType::RightMouseDown, n, 1);
     } else if (name == "rightup") {
@@ -280,6 +284,19 @@ bool SessionRunner::saveWindow(const std::filesystem::path& path, std::string& p
         return false;
     }
     if (!picture->writePNG(path.string(), &problem))
+        return false;
+    m_report << "wrote " << path.string() << "\n";
+    return true;
+}
+
+bool SessionRunner::saveCursor(const std::filesystem::path& path, std::string& problem)
+{
+    const kit::Cursor* cursor = kit::Cursor::currentCursor();
+    if (!cursor->image()) {
+        problem = "the current cursor, the " + cursor->name() + ", has no image";
+        return false;
+    }
+    if (!cursor->image()->writePNG(path.string(), &problem))
         return false;
     m_report << "wrote " << path.string() << "\n";
     return true;

@@ -38,6 +38,8 @@ public:
     bool saveLog(const std::filesystem::path& path, std::string& problem);
     /// A PNG of the window's content: canvas, selection, the host's controls and the overlay.
     bool saveWindow(const std::filesystem::path& path, std::string& problem);
+    /// A PNG of the current cursor's image; refused for the system cursors, which have none.
+    bool saveCursor(const std::filesystem::path& path, std::string& problem);
 
 private:
     bool execute(const SessionCommand& command, std::string& problem);

@@ -53,6 +53,7 @@ const std::vector<Syntax>& commandTable()
         { "save-mask", { Arg::Rest }, "save-mask FILE" },
         { "save-log", { Arg::Rest }, "save-log FILE" },
         { "save-window", { Arg::Rest }, "save-window FILE" },
+        { "save-cursor", { Arg::Rest }, "save-cursor FILE" },
         { "replay", { Arg::Rest }, "replay FILE" },
         { "host-area", { Arg::Coord, Arg::Coord, Arg::Extent, Arg::Extent }, "host-area X Y W H" },
         { "down", { Arg::Point, Arg::Point, Arg::Clicks }, "down X Y [N]", 1 },
