@@ -166,6 +166,18 @@ DabPainter::Span DabPainter::rowSpan(const Dab& dab, std::int64_t y, double dy2,
         span.from = std::max(span.from, static_cast<std::int64_t>(std::clamp(std::floor(edge), -1e18, 1e18)));
     else
         span.to = std::min(span.to, static_cast<std::int64_t>(std::clamp(std::ceil(edge), -1e18, 1e18)) + 1);
+    // The previous dab's core is fully covered already: trim it off the span's ends.
+    const double py = static_cast<double>(y) + 0.5 - dab.previousY;
+    const double coreRest = m_profile.core2 - py * py;
+    if (coreRest <= 0 || span.from >= span.to)
+        return span;
+    const double coreHalf = std::sqrt(coreRest);
+    const auto first = static_cast<std::int64_t>(std::ceil(dab.previousX - coreHalf - 0.5)) + 1;
+    const auto last = static_cast<std::int64_t>(std::floor(dab.previousX + coreHalf - 0.5)) - 1;
+    if (first <= span.from && last >= span.from)
+        span.from = std::min(span.to, last + 1);
+    else if (first < span.to && last >= span.to - 1)
+        span.to = std::max(span.from, first);
     return span;
 }
 

@@ -67,24 +67,25 @@ CellPixels& Layer::ensure(CellKey key)
 {
     std::unique_ptr<CellPixels>& cell = m_cells[key];
     if (!cell)
-        cell = std::make_unique<CellPixels>(CellPixels {});
+        cell = std::make_unique<CellPixels>(); // zeroed: transparent
     return *cell;
 }
 
-std::optional<CellPixels> Layer::copyOf(CellKey key) const
+std::unique_ptr<CellPixels> Layer::copyOf(CellKey key) const
 {
     const CellPixels* cell = find(key);
-    if (!cell)
-        return std::nullopt;
-    return *cell;
+    return cell ? std::make_unique<CellPixels>(*cell) : nullptr;
 }
 
-void Layer::restore(CellKey key, const std::optional<CellPixels>& state)
+std::unique_ptr<CellPixels> Layer::exchange(CellKey key, std::unique_ptr<CellPixels> state)
 {
+    auto found = m_cells.find(key);
+    std::unique_ptr<CellPixels> taken = found != m_cells.end() ? std::move(found->second) : nullptr;
     if (state)
-        ensure(key) = *state;
-    else
-        m_cells.erase(key);
+        m_cells[key] = std::move(state);
+    else if (found != m_cells.end())
+        m_cells.erase(found);
+    return taken;
 }
 
 void Layer::clear() { m_cells.clear(); }

@@ -51,10 +51,11 @@ public:
     const CellPixels* find(CellKey key) const;
     /// The cell, created transparent if it did not exist. Its address stays put while it exists.
     CellPixels& ensure(CellKey key);
-    /// A copy of the cell, or nothing when the cell does not exist.
-    std::optional<CellPixels> copyOf(CellKey key) const;
-    /// Sets the cell to a saved state, removing it when the state is "no cell".
-    void restore(CellKey key, const std::optional<CellPixels>& state);
+    /// A copy of the cell, or null when the cell does not exist.
+    std::unique_ptr<CellPixels> copyOf(CellKey key) const;
+    /// Takes the cell out of the layer (null when there is none), then puts `state` in its place
+    /// (removing the cell when it is null): a saved state goes back without a copy.
+    std::unique_ptr<CellPixels> exchange(CellKey key, std::unique_ptr<CellPixels> state);
     void clear();
 
     std::size_t cellCount() const;

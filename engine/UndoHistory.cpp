@@ -24,8 +24,11 @@ void UndoHistory::recordBefore(Layer& layer, CellKey key)
     if (!m_open)
         m_open.emplace();
     auto [it, inserted] = m_open->try_emplace({ layer.id(), key });
-    if (inserted)
-        it->second = Entry { &layer, key, layer.copyOf(key), std::nullopt };
+    if (!inserted)
+        return;
+    it->second.layer = &layer;
+    it->second.key = key;
+    it->second.before = layer.copyOf(key);
 }
 
 void UndoHistory::recordAllCells(Layer& layer)
@@ -38,25 +41,16 @@ bool UndoHistory::hasOpenStep() const { return m_open.has_value(); }
 
 // A missing cell and a transparent one look the same, so a step that only created empty cells
 // changed nothing the user could undo.
-bool UndoHistory::sameState(const std::optional<CellPixels>& a, const std::optional<CellPixels>& b)
+bool UndoHistory::changedSinceBefore(const Step& step)
 {
-    if (a && b)
-        return *a == *b;
-    if (a)
-        return isTransparent(*a);
-    if (b)
-        return isTransparent(*b);
-    return true;
-}
-
-bool UndoHistory::captureAfterStates(Step& step)
-{
-    bool changed = false;
-    for (auto& [id, entry] : step) {
-        entry.after = entry.layer->copyOf(entry.key);
-        changed = changed || !sameState(entry.before, entry.after);
+    for (const auto& [id, entry] : step) {
+        const CellPixels* now = entry.layer->find(entry.key);
+        const bool same = entry.before ? (now ? *now == *entry.before : isTransparent(*entry.before))
+                                       : (!now || isTransparent(*now));
+        if (!same)
+            return true;
     }
-    return changed;
+    return false;
 }
 
 bool UndoHistory::closeStep()
@@ -65,7 +59,8 @@ bool UndoHistory::closeStep()
         return false;
     Step step = std::move(*m_open);
     m_open.reset();
-    if (!captureAfterStates(step))
+    // The after-states are taken when the step is undone: nothing can redo it before that.
+    if (!changedSinceBefore(step))
         return false;
     m_redo.clear();
     m_undo.push_back(std::move(step));
@@ -81,10 +76,10 @@ bool UndoHistory::undo()
         return false;
     Step step = std::move(m_undo.back());
     m_undo.pop_back();
-    // The cells may have been written in place since the step closed; keep what redo must restore.
-    captureAfterStates(step);
+    // The cells as they are now (they may have been written in place since the step closed) are
+    // what redo puts back; states change places with the layer's cells, nothing is copied.
     for (auto& [id, entry] : step)
-        entry.layer->restore(entry.key, entry.before);
+        entry.after = entry.layer->exchange(entry.key, std::move(entry.before));
     m_redo.push_back(std::move(step));
     return true;
 }
@@ -97,7 +92,7 @@ bool UndoHistory::redo()
     Step step = std::move(m_redo.back());
     m_redo.pop_back();
     for (auto& [id, entry] : step)
-        entry.layer->restore(entry.key, entry.after);
+        entry.before = entry.layer->exchange(entry.key, std::move(entry.after));
     m_undo.push_back(std::move(step));
     return true;
 }

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <deque>
 #include <map>
+#include <memory>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -41,13 +42,13 @@ private:
     struct Entry {
         Layer* layer = nullptr;
         CellKey key;
-        std::optional<CellPixels> before;
-        std::optional<CellPixels> after;
+        // Held apart from the entry, so that a cell the step made costs no memory for its state.
+        std::unique_ptr<CellPixels> before;
+        std::unique_ptr<CellPixels> after;
     };
     using Step = std::map<std::pair<int, CellKey>, Entry>;
 
-    static bool sameState(const std::optional<CellPixels>& a, const std::optional<CellPixels>& b);
-    static bool captureAfterStates(Step& step);
+    static bool changedSinceBefore(const Step& step);
 
     std::size_t m_maxSteps;
     std::optional<Step> m_open;
