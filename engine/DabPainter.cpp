@@ -35,6 +35,11 @@ void DabPainter::Profile::build(double newRadius, double newCore)
 
 void DabPainter::reset()
 {
+    for (auto& [key, cell] : m_cells) {
+        if (m_spare.size() >= Layer::kMaxSpareCells)
+            break;
+        m_spare.push_back(std::move(cell));
+    }
     m_cells.clear();
     m_layerId = 0;
     m_hasPrevious = false;
@@ -84,11 +89,22 @@ DabPainter::StrokeCell* DabPainter::strokeCell(Layer& layer, CellKey key, const 
     if (dab.erase && !existing)
         return nullptr; // nothing there to take away
     beforeChange(key);
-    auto cell = std::make_unique<StrokeCell>();
-    if (existing)
-        cell->before = std::make_unique<CellPixels>(*existing);
-    else
+    std::unique_ptr<StrokeCell> cell;
+    if (m_spare.empty()) {
+        cell = std::make_unique<StrokeCell>();
+    } else {
+        cell = std::move(m_spare.back());
+        m_spare.pop_back();
+        cell->coverage.fill(0);
+    }
+    if (existing) {
+        if (!cell->before)
+            cell->before = std::make_unique<CellPixels>();
+        *cell->before = *existing;
+    } else {
+        cell->before.reset();
         layer.ensure(key);
+    }
     return m_cells.emplace(key, std::move(cell)).first->second.get();
 }
 

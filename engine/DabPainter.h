@@ -86,6 +86,8 @@ private:
 
     int m_layerId = 0;
     Profile m_profile;
+    // Stroke cells of earlier strokes, kept (up to as many as a layer keeps) for the next one.
+    std::vector<std::unique_ptr<StrokeCell>> m_spare;
     bool m_hasPrevious = false;
     double m_previousX = 0;
     double m_previousY = 0;

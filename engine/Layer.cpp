@@ -66,6 +66,11 @@ const CellPixels* Layer::find(CellKey key) const
 CellPixels& Layer::ensure(CellKey key)
 {
     std::unique_ptr<CellPixels>& cell = m_cells[key];
+    if (!cell && !m_spare.empty()) {
+        cell = std::move(m_spare.back());
+        m_spare.pop_back();
+        cell->fill(0);
+    }
     if (!cell)
         cell = std::make_unique<CellPixels>(); // zeroed: transparent
     return *cell;
@@ -89,6 +94,12 @@ std::unique_ptr<CellPixels> Layer::exchange(CellKey key, std::unique_ptr<CellPix
 }
 
 void Layer::clear() { m_cells.clear(); }
+
+void Layer::recycle(std::unique_ptr<CellPixels> cell)
+{
+    if (cell && m_spare.size() < kMaxSpareCells)
+        m_spare.push_back(std::move(cell));
+}
 
 std::size_t Layer::cellCount() const { return m_cells.size(); }
 

@@ -9,6 +9,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace engine {
 
@@ -58,6 +59,11 @@ public:
     std::unique_ptr<CellPixels> exchange(CellKey key, std::unique_ptr<CellPixels> state);
     void clear();
 
+    /// Keeps a cell's memory for the next cell this layer makes (up to kMaxSpareCells), so that
+    /// strokes after an undo reuse memory instead of faulting fresh pages in.
+    void recycle(std::unique_ptr<CellPixels> cell);
+    static constexpr std::size_t kMaxSpareCells = 2048;
+
     std::size_t cellCount() const;
     const CellMap& cells() const;
 
@@ -66,6 +72,7 @@ private:
     std::int64_t m_offsetX = 0;
     std::int64_t m_offsetY = 0;
     CellMap m_cells;
+    std::vector<std::unique_ptr<CellPixels>> m_spare;
 };
 
 } // namespace engine

@@ -53,6 +53,14 @@ bool UndoHistory::changedSinceBefore(const Step& step)
     return false;
 }
 
+void UndoHistory::recycle(Step& step)
+{
+    for (auto& [id, entry] : step) {
+        entry.layer->recycle(std::move(entry.before));
+        entry.layer->recycle(std::move(entry.after));
+    }
+}
+
 bool UndoHistory::closeStep()
 {
     if (!m_open)
@@ -62,10 +70,15 @@ bool UndoHistory::closeStep()
     // The after-states are taken when the step is undone: nothing can redo it before that.
     if (!changedSinceBefore(step))
         return false;
+    for (Step& dropped : m_redo)
+        recycle(dropped);
     m_redo.clear();
     m_undo.push_back(std::move(step));
     if (m_undo.size() > m_maxSteps)
+    {
+        recycle(m_undo.front());
         m_undo.pop_front();
+    }
     return true;
 }
 

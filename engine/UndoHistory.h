@@ -49,6 +49,8 @@ private:
     using Step = std::map<std::pair<int, CellKey>, Entry>;
 
     static bool changedSinceBefore(const Step& step);
+    /// Hands a dropped step's cells back to their layers for reuse.
+    static void recycle(Step& step);
 
     std::size_t m_maxSteps;
     std::optional<Step> m_open;
