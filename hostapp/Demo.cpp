@@ -69,12 +69,12 @@ save-log demo-log.jsonl
 # the host's own and are not logged, so they come after the log is saved.
 move 640 560
 save-cursor demo-brush-cursor.png
-down 150 600
-drag 300 640
-drag 450 600
-drag 600 640
-drag 750 600
-up 900 640
+down 150 380
+drag 300 420
+drag 450 380
+drag 600 420
+drag 750 380
+up 900 420
 click 227 879
 down 640 760
 drag 640 600
