@@ -100,7 +100,7 @@ private:
 };
 
 void report(const char* label, float radius, std::vector<unsigned char>& from, std::vector<unsigned char>& to,
-            const std::function<Timing()>& once)
+    const std::function<Timing()>& once)
 {
     std::vector<double> copies, strokes, undos, strokeRatios, undoRatios;
     for (int run = 0; run < kRuns; ++run) {
@@ -113,7 +113,7 @@ void report(const char* label, float radius, std::vector<unsigned char>& from, s
         undoRatios.push_back(t.undo / copy);
     }
     std::printf("%-6.1f %-12s %10.2f %10.2f %10.2f %12.2f %10.2f\n", radius, label, median(copies), median(strokes),
-                median(undos), median(strokeRatios), median(undoRatios));
+        median(undos), median(strokeRatios), median(undoRatios));
 }
 
 } // namespace
@@ -124,7 +124,7 @@ int main(int argc, char** argv)
     std::vector<unsigned char> from(std::size_t(kSide) * kSide * 4, 1), to(from.size(), 2);
     std::printf("canvas %d x %d, %d-px stroke of %d events, %d runs, medians\n", kSide, kSide, kLength, kEvents, kRuns);
     std::printf("%-6s %-12s %10s %10s %10s %12s %10s\n", "radius", "cells", "memcpy ms", "stroke ms", "undo ms",
-                "stroke/copy", "undo/copy");
+        "stroke/copy", "undo/copy");
     for (float radius : { 2.5f, 5.0f }) {
         // A fresh document a run: the stroke makes its cells from new memory.
         report("first touch", radius, from, to, [&] { return StrokeScene(brushes, radius).strokeAndUndo(); });

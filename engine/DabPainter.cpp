@@ -46,7 +46,7 @@ void DabPainter::reset()
 }
 
 bool DabPainter::lay(Layer& layer, const PixelRect& clip, const Brush& brush, double x, double y, std::uint32_t colour,
-                     const BeforeChange& beforeChange)
+    const BeforeChange& beforeChange)
 {
     if (layer.id() != m_layerId) {
         reset();
@@ -60,13 +60,13 @@ bool DabPainter::lay(Layer& layer, const PixelRect& clip, const Brush& brush, do
     if (m_hasPrevious && x == m_previousX && y == m_previousY)
         return false; // the same dab again adds nothing
     const Dab dab { x, y, { int((colour >> 16) & 0xff), int((colour >> 8) & 0xff), int(colour & 0xff), 255 },
-                    brush.mode() == BrushMode::erase, m_hasPrevious, m_previousX, m_previousY };
+        brush.mode() == BrushMode::erase, m_hasPrevious, m_previousX, m_previousY };
     m_hasPrevious = true;
     m_previousX = x;
     m_previousY = y;
-    PixelRect box { static_cast<std::int64_t>(std::floor(x - radius)), static_cast<std::int64_t>(std::floor(y - radius)),
-                    static_cast<std::int64_t>(std::ceil(x + radius)) + 1,
-                    static_cast<std::int64_t>(std::ceil(y + radius)) + 1 };
+    PixelRect box { static_cast<std::int64_t>(std::floor(x - radius)),
+        static_cast<std::int64_t>(std::floor(y - radius)), static_cast<std::int64_t>(std::ceil(x + radius)) + 1,
+        static_cast<std::int64_t>(std::ceil(y + radius)) + 1 };
     box = box.intersected(clip);
     if (box.isEmpty())
         return false;
@@ -79,8 +79,8 @@ bool DabPainter::lay(Layer& layer, const PixelRect& clip, const Brush& brush, do
     return changed;
 }
 
-DabPainter::StrokeCell* DabPainter::strokeCell(Layer& layer, CellKey key, const Dab& dab,
-                                               const BeforeChange& beforeChange)
+DabPainter::StrokeCell* DabPainter::strokeCell(
+    Layer& layer, CellKey key, const Dab& dab, const BeforeChange& beforeChange)
 {
     auto found = m_cells.find(key);
     if (found != m_cells.end())
@@ -108,8 +108,8 @@ DabPainter::StrokeCell* DabPainter::strokeCell(Layer& layer, CellKey key, const 
     return m_cells.emplace(key, std::move(cell)).first->second.get();
 }
 
-bool DabPainter::layInCell(Layer& layer, CellKey key, const PixelRect& canvasArea, const Dab& dab,
-                           const BeforeChange& beforeChange)
+bool DabPainter::layInCell(
+    Layer& layer, CellKey key, const PixelRect& canvasArea, const Dab& dab, const BeforeChange& beforeChange)
 {
     const PixelRect cellRect = layer.canvasRectOf(key);
     const PixelRect area = cellRect.intersected(canvasArea);
@@ -152,8 +152,8 @@ bool DabPainter::layInCell(Layer& layer, CellKey key, const PixelRect& canvasAre
     return changed;
 }
 
-DabPainter::Span DabPainter::rowSpan(const Dab& dab, std::int64_t y, double dy2, std::int64_t left,
-                                     std::int64_t right) const
+DabPainter::Span DabPainter::rowSpan(
+    const Dab& dab, std::int64_t y, double dy2, std::int64_t left, std::int64_t right) const
 {
     const double rest = m_profile.radius2 - dy2;
     if (rest <= 0)
@@ -161,7 +161,7 @@ DabPainter::Span DabPainter::rowSpan(const Dab& dab, std::int64_t y, double dy2,
     // The pixels whose centres lie within the radius.
     const double half = std::sqrt(rest);
     Span span { std::max(left, static_cast<std::int64_t>(std::ceil(dab.x - half - 0.5))),
-                std::min(right, static_cast<std::int64_t>(std::floor(dab.x + half - 0.5)) + 1) };
+        std::min(right, static_cast<std::int64_t>(std::floor(dab.x + half - 0.5)) + 1) };
     if (!dab.follows)
         return span;
     // Of those, only the ones nearer this dab's centre than the previous one's: the others
@@ -200,8 +200,10 @@ DabPainter::Span DabPainter::rowSpan(const Dab& dab, std::int64_t y, double dy2,
 // The dab's square box overlaps cells its round footprint misses; those are left uncreated.
 bool DabPainter::reaches(const Dab& dab, const PixelRect& area) const
 {
-    const double nearestX = std::clamp(dab.x, static_cast<double>(area.left) + 0.5, static_cast<double>(area.right) - 0.5);
-    const double nearestY = std::clamp(dab.y, static_cast<double>(area.top) + 0.5, static_cast<double>(area.bottom) - 0.5);
+    const double nearestX
+        = std::clamp(dab.x, static_cast<double>(area.left) + 0.5, static_cast<double>(area.right) - 0.5);
+    const double nearestY
+        = std::clamp(dab.y, static_cast<double>(area.top) + 0.5, static_cast<double>(area.bottom) - 0.5);
     const double dx = nearestX - dab.x;
     const double dy = nearestY - dab.y;
     return m_profile.at(dx * dx + dy * dy) > 0;

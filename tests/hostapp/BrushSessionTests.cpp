@@ -91,7 +91,8 @@ TEST_F(BrushSession, AFastHorizontalDragLeavesAnEvenBandOfThePensRadiusAndUndoes
 
 TEST_F(BrushSession, AnEraserDragInAddModeCutsABandOfItsRadiusOutOfARectangle)
 {
-    runOkAndRead(std::string(kStart) + kRectangle + kEraseAdd + "down 400 700\ndrag 400 600\ndrag 400 500\ndrag 400 400\nup 400 400\n");
+    runOkAndRead(std::string(kStart) + kRectangle + kEraseAdd
+        + "down 400 700\ndrag 400 600\ndrag 400 500\ndrag 400 400\nup 400 400\n");
     // Radius 2.5: e^(2.5 / 0.85) = 18.9 pixels, fully erased within 0.6 of that.
     const double radius = std::exp(2.5 / 0.85);
     int cleared = 0, partly = 0;
@@ -118,7 +119,8 @@ TEST_F(BrushSession, TheCursorIsSavedAsTheBrushFootprint)
     std::string error;
     EXPECT_FALSE(run(std::string(kStart) + "save-cursor early.png\n", error));
     EXPECT_EQ(error, "t.session:3: save-cursor: the current cursor, the arrow, has no image");
-    runOk("click 194 879\nmove 600 400\nsave-cursor brush.png\nviewsize 2000 1600\nmove 610 400\nsave-cursor zoomed.png\n");
+    runOk("click 194 879\nmove 600 400\nsave-cursor brush.png\nviewsize 2000 1600\nmove 610 400\nsave-cursor "
+          "zoomed.png\n");
     auto brush = kit::Image::imageWithContentsOfFile((dir.path() / "brush.png").string());
     auto zoomed = kit::Image::imageWithContentsOfFile((dir.path() / "zoomed.png").string());
     ASSERT_TRUE(brush && zoomed);

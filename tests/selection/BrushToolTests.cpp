@@ -45,7 +45,10 @@ protected:
         kit::Application::shared().setMainWindow(nullptr);
         kit::RunLoop::main().advance(10);
     }
-    void show(int tool) { overlay->optionView()->setSelectionToolFromTool(tool, overlay->optionView()->selectionTool()); }
+    void show(int tool)
+    {
+        overlay->optionView()->setSelectionToolFromTool(tool, overlay->optionView()->selectionTool());
+    }
     BrushSelectionOptions& panel() { return *overlay->optionView()->brushSelectionOptions(); }
     BrushSelectionView& tool(int n) { return *static_cast<BrushSelectionView*>(overlay->toolView(n)); }
     void send(EventType type, float x, float y) { window->sendEvent(Event::mouse(type, { x, y })); }
@@ -80,10 +83,11 @@ TEST_F(BrushToolTest, APressAndReleaseIsOneStrokeOfTwoPointsWithAFreshBrush)
     document.setJournalEnabled(true);
     send(EventType::LeftMouseDown, 300, 400);
     send(EventType::LeftMouseUp, 300, 400);
-    EXPECT_EQ(calls(), (Lines { "IPD_CreateBrushFromPackage pen_1.bru", "IPD_GetBrushParam brush1 3",
-                                "IPD_EnableSeletionLayerOperation 1", "IPD_BeginOneStroke",
-                                "IPD_StrokeTo brush1 ffffff 200,450 1 5.1", "IPD_StrokeTo brush1 ffffff 200,450 1 -1",
-                                "IPD_EndOneStroke", "IPD_EnableSeletionLayerOperation 0", "IPD_DestroyBursh brush1" }));
+    EXPECT_EQ(calls(),
+        (Lines { "IPD_CreateBrushFromPackage pen_1.bru", "IPD_GetBrushParam brush1 3",
+            "IPD_EnableSeletionLayerOperation 1", "IPD_BeginOneStroke", "IPD_StrokeTo brush1 ffffff 200,450 1 5.1",
+            "IPD_StrokeTo brush1 ffffff 200,450 1 -1", "IPD_EndOneStroke", "IPD_EnableSeletionLayerOperation 0",
+            "IPD_DestroyBursh brush1" }));
     EXPECT_EQ(tool(kBrush).brush(), nullptr);
     EXPECT_EQ(document.brushCount(), 0u);
     EXPECT_GT(maskAt(200, 450), 200);
@@ -122,7 +126,7 @@ struct RadiusCase {
     bool set;
 };
 
-class BrushRadius : public BrushToolTest, public testing::WithParamInterface<RadiusCase> {};
+class BrushRadius : public BrushToolTest, public testing::WithParamInterface<RadiusCase> { };
 
 TEST_P(BrushRadius, ParameterThreeIsSetOnlyWhenItDiffers)
 {
@@ -130,16 +134,16 @@ TEST_P(BrushRadius, ParameterThreeIsSetOnlyWhenItDiffers)
     document.setJournalEnabled(true);
     send(EventType::LeftMouseDown, 300, 400);
     const Lines made = calls();
-    const bool set = std::any_of(made.begin(), made.end(),
-                                 [](const std::string& l) { return l.rfind("IPD_SetBrushParam brush1 3 ", 0) == 0; });
+    const bool set = std::any_of(
+        made.begin(), made.end(), [](const std::string& l) { return l.rfind("IPD_SetBrushParam brush1 3 ", 0) == 0; });
     EXPECT_EQ(set, GetParam().set);
     send(EventType::LeftMouseUp, 300, 400);
 }
 
 // The pen ships with parameter 3 at 2.5, the panel's default; a NaN never compares equal.
 INSTANTIATE_TEST_SUITE_P(Values, BrushRadius,
-                         testing::Values(RadiusCase { 2.5f, false }, RadiusCase { 3.0f, true },
-                                         RadiusCase { std::numeric_limits<float>::quiet_NaN(), true }));
+    testing::Values(RadiusCase { 2.5f, false }, RadiusCase { 3.0f, true },
+        RadiusCase { std::numeric_limits<float>::quiet_NaN(), true }));
 
 TEST_F(BrushToolTest, NewModeClearsAtEveryPressAndAddAccumulates)
 {
@@ -172,8 +176,8 @@ TEST_F(BrushToolTest, TheEraserTakesABandOutOfAnAddSelection)
     const Lines made = calls();
     EXPECT_EQ(made.front(), "IPD_CreateBrushFromPackage eraser_1.bru");
     EXPECT_EQ(std::count_if(made.begin(), made.end(),
-                            [](const std::string& l) { return l.rfind("IPD_CreateBrushFromPackage", 0) == 0; }),
-              1);
+                  [](const std::string& l) { return l.rfind("IPD_CreateBrushFromPackage", 0) == 0; }),
+        1);
     EXPECT_GT(maskAt(120, 250), 200);
     EXPECT_EQ(maskAt(200, 250), 0);
     EXPECT_GT(maskAt(280, 250), 200);
@@ -211,8 +215,8 @@ TEST_F(BrushToolTest, RadiusAndModeAreSharedByBothTools)
     send(EventType::LeftMouseDown, 300, 400);
     const Lines made = calls();
     EXPECT_TRUE(std::find(made.begin(), made.end(), "IPD_SetBrushParam brush1 3 1.5") != made.end());
-    EXPECT_TRUE(std::none_of(made.begin(), made.end(),
-                             [](const std::string& l) { return l.rfind("IPD_Layer_Delete", 0) == 0; }));
+    EXPECT_TRUE(std::none_of(
+        made.begin(), made.end(), [](const std::string& l) { return l.rfind("IPD_Layer_Delete", 0) == 0; }));
     send(EventType::LeftMouseUp, 300, 400);
 }
 
@@ -242,7 +246,7 @@ struct FigureCase {
     float phase;
 };
 
-class BrushCursor : public BrushToolTest, public testing::WithParamInterface<FigureCase> {};
+class BrushCursor : public BrushToolTest, public testing::WithParamInterface<FigureCase> { };
 
 TEST_P(BrushCursor, FigureAtZoomOne)
 {
@@ -266,10 +270,8 @@ TEST_P(BrushCursor, FigureAtZoomOne)
 }
 
 INSTANTIATE_TEST_SUITE_P(Values, BrushCursor,
-                         testing::Values(FigureCase { kBrush, 2.5f, 23.77f, 19.02f, -2.13f },
-                                         FigureCase { kBrush, 0.0f, 2.0f, 1.6f, 0.4f },
-                                         FigureCase { kErase, 2.5f, 37.88f, 30.30f, -2.36f },
-                                         FigureCase { kErase, 0.0f, 2.0f, 1.6f, 0.4f }));
+    testing::Values(FigureCase { kBrush, 2.5f, 23.77f, 19.02f, -2.13f }, FigureCase { kBrush, 0.0f, 2.0f, 1.6f, 0.4f },
+        FigureCase { kErase, 2.5f, 37.88f, 30.30f, -2.36f }, FigureCase { kErase, 0.0f, 2.0f, 1.6f, 0.4f }));
 
 TEST_F(BrushToolTest, TheBrushCursorHasACrossAndTheEraserCursorABar)
 {
