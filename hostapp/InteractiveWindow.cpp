@@ -35,7 +35,7 @@ public:
     void update()
     {
         kit::Cursor* current = kit::Cursor::currentCursor();
-        if (current == m_shown)
+        if (current == m_shown.get())
             return;
         m_shown = current;
         if (current->name() == "image" && current->image()) {
@@ -62,7 +62,8 @@ private:
         return made;
     }
 
-    kit::Cursor* m_shown = nullptr;
+    // Held, so that a new cursor made at a freed one's address is still seen as new.
+    kit::RefPtr<kit::Cursor> m_shown;
     SdlPtr<SDL_Cursor> m_cursor;
 };
 
