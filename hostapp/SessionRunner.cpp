@@ -10,6 +10,8 @@
 #include "kit/Image.h"
 #include "kit/RunLoop.h"
 
+#include <algorithm>
+
 namespace hostapp {
 
 namespace {
@@ -243,12 +245,30 @@ std::vector<std::string> SessionRunner::splitCharacters(const std::string& text)
     return out;
 }
 
+namespace {
+
+// Why a selection record the plug-in did not record again changed nothing, as far as the host
+// can tell from the record alone.
+std::string unplayedReason(const SelectionEventRecord& record)
+{
+    if (record.kind != kSelectionEventKind)
+        return "not a selection event";
+    if (record.param2 == 3.0f || record.param2 == 4.0f)
+        return "brush and erase records replay as nothing";
+    if (!(record.param2 == 0.0f || record.param2 == 1.0f || record.param2 == 2.0f))
+        return "no tool has that number";
+    return "the plug-in refused its shape";
+}
+
+} // namespace
+
 int SessionRunner::replayLog(const std::filesystem::path& path, std::string& problem)
 {
     engine::ActionLog log;
     if (!log.load(path, problem))
         return -1;
     int count = 0;
+    std::vector<std::string> unplayed;
     for (const SelectionEventRecord& saved : log.records()) {
         SelectionEventRecord record = saved;
         if (HostPicture::isHostRecord(record)) {
@@ -257,12 +277,25 @@ int SessionRunner::replayLog(const std::filesystem::path& path, std::string& pro
                 return -1;
             }
         } else {
+            // A shape the plug-in takes, it records again.
+            const std::size_t before = document().actionLog().size();
             m_table.play(m_handle, &record);
+            if (document().actionLog().size() == before)
+                unplayed.push_back("record " + std::to_string(count + 1) + " (" + unplayedReason(saved) + ")");
         }
         kit::AutoreleasePool::current().drain();
         ++count;
     }
-    m_report << "replayed " << count << (count == 1 ? " record" : " records") << " from " << path.string() << "\n";
+    m_report << "replayed " << count << (count == 1 ? " record" : " records") << " from " << path.string();
+    if (!unplayed.empty()) {
+        constexpr std::size_t kListed = 10;
+        m_report << "; " << unplayed.size() << " changed nothing:";
+        for (std::size_t i = 0; i < std::min(unplayed.size(), kListed); ++i)
+            m_report << (i ? ", " : " ") << unplayed[i];
+        if (unplayed.size() > kListed)
+            m_report << ", ...";
+    }
+    m_report << "\n";
     return count;
 }
 

@@ -47,6 +47,7 @@ void PolygonSelectionView::initData()
     m_bDoubleClick = false;
     m_arrPoints.clear();
     m_trackingArea.clear();
+    m_bMoveSelection = false;
 }
 
 float PolygonSelectionView::feather() const

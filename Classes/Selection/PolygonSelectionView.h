@@ -71,4 +71,5 @@ private:
     bool m_bDoubleClick = false;
     std::vector<kit::Point> m_arrPoints;
     kit::RefPtr<kit::TrackingArea> m_trackingArea;
+    bool m_bMoveSelection = false; // kept for the other tools' layout; the lasso never moves a selection
 };

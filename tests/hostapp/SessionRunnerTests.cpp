@@ -11,6 +11,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
@@ -103,10 +105,22 @@ TEST_F(SessionTest, ALogSavedAndReplayedReachesThePlaySlot)
     record.param2 = 3; // a brush record: accepted, no effect
     record.name = "Selection";
     IPD_RecordEvent(doc.context(), &record);
+    SelectionEventRecord flat = record; // a rectangle with no width: nothing to draw
+    flat.param2 = 0;
+    flat.param6 = std::numeric_limits<float>::quiet_NaN();
+    IPD_RecordEvent(doc.context(), &flat);
+    SelectionEventRecord other = record;
+    other.kind = 7;
+    IPD_RecordEvent(doc.context(), &other);
     std::string error;
     ASSERT_TRUE(run("run\nsave-log log.jsonl\nreplay log.jsonl\n", error)) << error;
-    EXPECT_NE(report.str().find("replayed 1 record"), std::string::npos);
-    EXPECT_EQ(doc.actionLog().size(), 1u);
+    // Each reached the play slot, and the host says which changed nothing and why.
+    EXPECT_NE(report.str().find("replayed 3 records from " + (dir.path() / "log.jsonl").string()
+                  + "; 3 changed nothing: record 1 (brush and erase records replay as nothing), record 2 (the "
+                    "plug-in refused its shape), record 3 (not a selection event)\n"),
+        std::string::npos)
+        << report.str();
+    EXPECT_EQ(doc.actionLog().size(), 3u);
 }
 
 TEST_F(SessionTest, RuntimeFailuresNameTheLineAndKeepEarlierFiles)
