@@ -133,6 +133,7 @@ float Font::widthOfString(std::string_view utf8) const
 {
     if (utf8.empty())
         return 0;
+    m_bytesMeasured += utf8.size();
     const std::string text = sanitizedUtf8(utf8);
     cairo_text_extents_t extents;
     cairo_scaled_font_text_extents(m_scaled, text.c_str(), &extents);
@@ -142,8 +143,10 @@ float Font::widthOfString(std::string_view utf8) const
 float Font::advanceOfCharacter(std::string_view character) const
 {
     const std::string key(character);
-    if (auto it = m_advances.find(key); it != m_advances.end())
+    if (auto it = m_advances.find(key); it != m_advances.end()) {
+        m_bytesMeasured += key.size();
         return it->second;
+    }
     const float advance = widthOfString(key);
     // Only a bounded set of characters is remembered, whatever text passes through.
     if (m_advances.size() < 4096)

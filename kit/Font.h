@@ -4,6 +4,7 @@
 #include "kit/Geometry.h"
 #include "kit/Object.h"
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -45,6 +46,9 @@ public:
     float advanceOfCharacter(std::string_view character) const;
     /// Its advance and the line height.
     Size sizeOfString(std::string_view utf8) const { return { widthOfString(utf8), lineHeight() }; }
+    /// Bytes of text this font has measured or looked up so far: what editing and layout cost,
+    /// for callers that must keep that in proportion to their text.
+    std::uint64_t bytesMeasured() const { return m_bytesMeasured; }
 
     /// Selects this font, unhinted, on a cairo context (for the drawing layer).
     void applyTo(cairo_t* cairo) const;
@@ -64,6 +68,7 @@ private:
     float m_ascender = 0;
     float m_descender = 0;
     mutable std::unordered_map<std::string, float> m_advances;
+    mutable std::uint64_t m_bytesMeasured = 0;
 };
 
 } // namespace kit

@@ -47,6 +47,7 @@ bool isWordCharacter(std::string_view character)
 void TextView::setString(std::string_view text)
 {
     m_string = sanitizedUtf8(text);
+    remeasure();
     m_selection = { m_string.size(), 0 };
     m_anchor = m_string.size();
     scrollToCaret();
@@ -79,6 +80,7 @@ Font& TextView::font() const
 void TextView::setFont(RefPtr<Font> font)
 {
     m_font = std::move(font);
+    remeasure();
     setNeedsDisplay();
 }
 
@@ -143,7 +145,11 @@ void TextView::replaceSelection(std::string_view text)
             --cut;
         insert.resize(cut);
     }
+    // Text before the selection keeps its width, so the walk position stays valid there.
+    widthBefore(m_selection.location);
+    m_textWidth -= widthOfRange(m_selection.location, m_selection.end());
     m_string.replace(m_selection.location, m_selection.length, insert);
+    m_textWidth += widthOfRange(m_selection.location, m_selection.location + insert.size());
     m_selection = { m_selection.location + insert.size(), 0 };
     m_anchor = m_selection.location;
     changed();
@@ -304,9 +310,39 @@ bool TextView::resignFirstResponder()
     return true;
 }
 
+double TextView::widthOfRange(std::size_t from, std::size_t to) const
+{
+    const std::string_view text(m_string);
+    double width = 0;
+    for (std::size_t i = from; i < to;) {
+        const std::size_t next = nextCharacterOffset(text, i);
+        width += font().advanceOfCharacter(text.substr(i, next - i));
+        i = next;
+    }
+    return width;
+}
+
+double TextView::widthBefore(std::size_t offset) const
+{
+    offset = std::min(offset, m_string.size());
+    if (offset >= m_measuredOffset)
+        m_measuredWidth += widthOfRange(m_measuredOffset, offset);
+    else
+        m_measuredWidth -= widthOfRange(offset, m_measuredOffset);
+    m_measuredOffset = offset;
+    return m_measuredWidth;
+}
+
+void TextView::remeasure()
+{
+    m_measuredOffset = 0;
+    m_measuredWidth = 0;
+    m_textWidth = widthOfRange(0, m_string.size());
+}
+
 float TextView::textOrigin() const
 {
-    const float width = font().widthOfString(m_string);
+    const auto width = float(m_textWidth);
     const Rect box = bounds();
     if (width <= box.width())
         return TextLayout::lineOrigin(box, width, m_alignment);
@@ -315,7 +351,7 @@ float TextView::textOrigin() const
 
 float TextView::xOfOffset(std::size_t offset) const
 {
-    return textOrigin() + font().widthOfString(std::string_view(m_string).substr(0, offset));
+    return textOrigin() + float(widthBefore(offset));
 }
 
 std::size_t TextView::offsetAtX(float x) const
@@ -341,13 +377,13 @@ float TextView::baselineY() const
 
 void TextView::scrollToCaret()
 {
-    const float width = font().widthOfString(m_string);
+    const auto width = float(m_textWidth);
     const float room = bounds().width() - 1;
     if (width <= bounds().width() || !(room > 0)) {
         m_scroll = 0;
         return;
     }
-    const float caretX = font().widthOfString(std::string_view(m_string).substr(0, m_selection.location));
+    const auto caretX = float(widthBefore(m_selection.location));
     if (caretX - m_scroll > room)
         m_scroll = caretX - room;
     if (caretX < m_scroll)

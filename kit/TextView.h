@@ -101,11 +101,20 @@ private:
     float baselineY() const;
     void scrollToCaret();
     void changed();
+    /// Sum of the advances of the characters in [from, to).
+    double widthOfRange(std::size_t from, std::size_t to) const;
+    /// Width of the text before `offset`, walked from the last offset asked for, so that typing
+    /// and moving the caret cost what they change, not the length of the text.
+    double widthBefore(std::size_t offset) const;
+    void remeasure();
 
     std::string m_string;
     Range m_selection;
     std::size_t m_anchor = 0;
     float m_scroll = 0;
+    double m_textWidth = 0;
+    mutable std::size_t m_measuredOffset = 0;
+    mutable double m_measuredWidth = 0;
     bool m_editable = true;
     bool m_selectable = true;
     bool m_fieldEditor = false;

@@ -328,6 +328,29 @@ TEST_F(ValueField, TypingStopsAtTheLengthLimit)
     EXPECT_EQ(editor()->string().size(), TextView::kMaxLength);
 }
 
+TEST_F(ValueField, EditingLongTextCostsWhatChangesAndKeepsTheCaretExact)
+{
+    clickField();
+    const kit::Font& font = editor()->font();
+    const std::uint64_t before = font.bytesMeasured();
+    constexpr int kTyped = 20000;
+    for (int i = 0; i < kTyped; ++i)
+        editor()->insertText(std::string(1, char('0' + i % 10)));
+    // Each key measures a few characters, not the whole text again.
+    EXPECT_LT(font.bytesMeasured() - before, std::uint64_t { kTyped } * 8);
+
+    // Edits in the middle, then the caret to the end: where a fresh editor puts it.
+    editor()->setSelectedRange({ 100, 50 });
+    editor()->insertText("\xC3\xA9W");
+    uitest::key(*window, "\x7f", kit::KeyCodeDelete);
+    uitest::key(*window, "", kit::KeyCodeForwardDelete);
+    uitest::key(*window, "", kit::KeyCodeEnd);
+    const kit::Rect edited = editor()->caretRect();
+    editor()->setString(std::string(editor()->string()));
+    EXPECT_EQ(editor()->string().size(), std::size_t { kTyped } - 50 + 2 - 1);
+    EXPECT_NEAR(editor()->caretRect().minX(), edited.minX(), 0.01);
+}
+
 TEST_F(ValueField, TheEditorShowsACaretAndTheTextWithoutMovingIt)
 {
     const auto dark = [](uitest::Pixel p) { return p.a > 200 && p.r < 90; };
