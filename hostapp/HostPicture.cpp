@@ -12,11 +12,9 @@ bool HostPicture::isHostRecord(const SelectionEventRecord& record)
 
 bool HostPicture::open(const std::filesystem::path& path, std::string& problem)
 {
-    auto image = kit::Image::imageWithContentsOfFile(path.string());
-    if (!image) {
-        problem = "cannot read the picture " + path.string();
+    auto image = kit::Image::imageWithContentsOfFile(path.string(), &problem);
+    if (!image)
         return false;
-    }
     if (!m_document.openPicture(image->pixelsWide(), image->pixelsHigh(), image->rgba())) {
         problem = path.string() + " is " + std::to_string(image->pixelsWide()) + " x "
             + std::to_string(image->pixelsHigh()) + " pixels, more than a canvas may have (sides up to "

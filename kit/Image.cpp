@@ -2,6 +2,7 @@
 #include "kit/Image.h"
 
 #include "kit/Data.h"
+#include "kit/PngReader.h"
 
 #include <png.h>
 
@@ -11,10 +12,6 @@
 namespace kit {
 
 namespace {
-
-// Images larger than this are refused rather than allocated: far beyond any canvas or
-// control image, small enough that a hostile header cannot exhaust memory.
-constexpr std::uint64_t kMaxPixels = std::uint64_t(1) << 28;
 
 void premultiply(std::vector<std::uint8_t>& rgba)
 {
@@ -69,25 +66,16 @@ bool writePng(const std::string& path, int width, int height, png_uint_32 format
 
 } // namespace
 
-RefPtr<Image> Image::imageWithContentsOfFile(const std::string& path)
+RefPtr<Image> Image::imageWithContentsOfFile(const std::string& path, std::string* error)
 {
-    png_image image;
-    std::memset(&image, 0, sizeof image);
-    image.version = PNG_IMAGE_VERSION;
-    if (!png_image_begin_read_from_file(&image, path.c_str()))
-        return nullptr;
-    if (std::uint64_t(image.width) * image.height > kMaxPixels) {
-        png_image_free(&image);
+    PngReader reader(kMaxPixels, kMaxSide);
+    if (!reader.read(path)) {
+        if (error)
+            *error = "cannot read the picture " + path + ": " + reader.problem();
         return nullptr;
     }
-    image.format = PNG_FORMAT_RGBA;
-    std::vector<std::uint8_t> pixels(PNG_IMAGE_SIZE(image));
-    if (!png_image_finish_read(&image, nullptr, pixels.data(), 0, nullptr)) {
-        png_image_free(&image);
-        return nullptr;
-    }
-    premultiply(pixels);
-    return adoptRef(new Image(int(image.width), int(image.height), std::move(pixels)));
+    premultiply(reader.pixels());
+    return adoptRef(new Image(int(reader.width()), int(reader.height()), std::move(reader.pixels())));
 }
 
 RefPtr<Image> Image::imageWithRGBA(int width, int height, const std::uint8_t* pixels)

@@ -12,8 +12,13 @@ namespace kit {
 
 class Image final : public Object {
 public:
-    /// Reads a PNG file; null when it cannot be read.
-    static RefPtr<Image> imageWithContentsOfFile(const std::string& path);
+    /// Sides and pixel count an image may have, a canvas's bounds: a file whose header asks for
+    /// more is refused before anything is allocated.
+    static constexpr std::uint32_t kMaxSide = 65536;
+    static constexpr std::uint64_t kMaxPixels = std::uint64_t { 1 } << 28;
+
+    /// Reads a PNG file; null when it cannot be read, with `error` saying which file and why.
+    static RefPtr<Image> imageWithContentsOfFile(const std::string& path, std::string* error = nullptr);
     /// An image over a copy of `width` x `height` premultiplied RGBA pixels, top row first.
     static RefPtr<Image> imageWithRGBA(int width, int height, const std::uint8_t* pixels);
 

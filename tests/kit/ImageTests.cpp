@@ -6,9 +6,13 @@
 
 #include <png.h>
 #include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <zlib.h>
 
 #include <csignal>
 #include <filesystem>
+#include <functional>
 #include <random>
 #include <vector>
 
@@ -115,6 +119,99 @@ TEST(ImagePng, AFailedSaveKeepsTheEarlierFileWhole)
 
     ASSERT_TRUE(kit::Image::writeGrayPNG(path, 512, 512, noise.data(), &error)) << error;
     EXPECT_EQ(kit::Image::imageWithContentsOfFile(path)->pixelsWide(), 512);
+}
+
+// A PNG chunk: length, type, data and the CRC over type and data.
+std::string chunk(const std::string& type, const std::string& data)
+{
+    std::string out;
+    const auto put32 = [&out](std::uint32_t v) {
+        for (int shift = 24; shift >= 0; shift -= 8)
+            out += char((v >> shift) & 0xFF);
+    };
+    put32(std::uint32_t(data.size()));
+    const std::string body = type + data;
+    out += body;
+    put32(std::uint32_t(crc32(0, reinterpret_cast<const Bytef*>(body.data()), uInt(body.size()))));
+    return out;
+}
+
+// A header for an 8-bit RGBA image of the given size, followed by `rows` rows of its body.
+std::string pngHead(std::uint32_t width, std::uint32_t height, int rows)
+{
+    std::string ihdr;
+    for (std::uint32_t v : { width, height })
+        for (int shift = 24; shift >= 0; shift -= 8)
+            ihdr += char((v >> shift) & 0xFF);
+    ihdr += std::string("\x08\x06\x00\x00\x00", 5);
+    const std::string raw(std::size_t(rows) * (1 + std::size_t { width } * 4), '\0');
+    uLongf size = compressBound(uLong(raw.size()));
+    std::string packed(size, '\0');
+    compress(reinterpret_cast<Bytef*>(packed.data()), &size, reinterpret_cast<const Bytef*>(raw.data()), uLong(raw.size()));
+    packed.resize(size);
+    return std::string("\x89PNG\r\n\x1a\n", 8) + chunk("IHDR", ihdr) + chunk("IDAT", packed);
+}
+
+// The most memory a forked child held while running `work`, in kilobytes.
+long childPeakKilobytes(const std::function<void()>& work)
+{
+    const pid_t child = fork();
+    if (child == 0) {
+        work();
+        _exit(0);
+    }
+    int status = 0;
+    rusage usage {};
+    wait4(child, &status, 0, &usage);
+    return usage.ru_maxrss;
+}
+
+TEST(ImagePng, HostileHeadersAreRefusedWithTheirReasonAndCostWhatTheBodyHolds)
+{
+    TempDir dir;
+    std::string error;
+    const auto wide = dir.path() / "wide.png";
+    dir.write("wide.png", pngHead(70000, 1, 0));
+    EXPECT_FALSE(kit::Image::imageWithContentsOfFile(wide.string(), &error));
+    EXPECT_NE(error.find(wide.string()), std::string::npos) << error;
+    EXPECT_NE(error.find("70000 x 1 pixels is more than an image may have (sides up to 65536, 268435456 pixels"),
+              std::string::npos) << error;
+
+    // 16384 x 16384 is within bounds, but the body stops after two rows: 1 GB would be the image.
+    const auto cut = dir.write("cut.png", pngHead(16384, 16384, 2));
+    EXPECT_FALSE(kit::Image::imageWithContentsOfFile(cut.string(), &error));
+    EXPECT_NE(error.find("the file ends before its image does"), std::string::npos) << error;
+    const long base = childPeakKilobytes([] {});
+    const long peak = childPeakKilobytes([&] { kit::Image::imageWithContentsOfFile(cut.string()); });
+    EXPECT_LT(peak - base, 64 * 1024) << "kilobytes held for a cut-off body";
+}
+
+TEST(ImagePng, InterlacedImagesReadLikePlainOnes)
+{
+    TempDir dir;
+    const std::string path = (dir.path() / "adam7.png").string();
+    constexpr int kSide = 13;
+    std::vector<std::uint8_t> rgba(kSide * kSide * 4);
+    for (std::size_t i = 0; i < rgba.size(); ++i)
+        rgba[i] = (i % 4 == 3) ? 255 : std::uint8_t(i * 7);
+    FILE* file = std::fopen(path.c_str(), "wb");
+    ASSERT_TRUE(file);
+    png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
+    png_infop info = png_create_info_struct(png);
+    png_init_io(png, file);
+    png_set_IHDR(png, info, kSide, kSide, 8, PNG_COLOR_TYPE_RGB_ALPHA, PNG_INTERLACE_ADAM7,
+                 PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+    std::vector<png_bytep> rows(kSide);
+    for (int y = 0; y < kSide; ++y)
+        rows[y] = rgba.data() + y * kSide * 4;
+    png_set_rows(png, info, rows.data());
+    png_write_png(png, info, PNG_TRANSFORM_IDENTITY, nullptr);
+    png_destroy_write_struct(&png, &info);
+    std::fclose(file);
+
+    auto back = kit::Image::imageWithContentsOfFile(path);
+    ASSERT_TRUE(back);
+    EXPECT_EQ(back->rgba(), rgba);
 }
 
 } // namespace
