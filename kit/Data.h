@@ -19,10 +19,8 @@ public:
 
     const std::uint8_t* bytes() const { return m_bytes; }
     std::size_t length() const { return m_length; }
-    /// Writes the bytes to `path` whole or not at all: into a new file beside it, flushed to the
-    /// disk, then renamed over it. On failure (a full disk, a file size limit, a folder that is
-    /// not there) the file that was at `path` stays as it was, nothing is left beside it, and
-    /// `error` names the path and the reason.
+    /// Writes the bytes to `path` whole or not at all (see AtomicFile); on failure `error` names
+    /// the path and the reason.
     bool writeToFileAtomically(const std::string& path, std::string* error = nullptr) const;
 
 private:

@@ -75,16 +75,22 @@ RefPtr<GraphicsContext> GraphicsContext::create(int pixelsWide, int pixelsHigh)
     if (pixelsWide < 1 || pixelsHigh < 1 || pixelsWide > kMaxSide || pixelsHigh > kMaxSide
         || std::int64_t(pixelsWide) * pixelsHigh > kMaxPixels)
         return nullptr;
-    cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, pixelsWide, pixelsHigh);
+    // Rows of exactly 4 x width bytes, so the memory can become an image's as it stands.
+    const int stride = pixelsWide * 4;
+    if (cairo_format_stride_for_width(CAIRO_FORMAT_ARGB32, pixelsWide) != stride)
+        return nullptr;
+    std::vector<std::uint8_t> pixels(std::size_t(stride) * std::size_t(pixelsHigh));
+    cairo_surface_t* surface
+        = cairo_image_surface_create_for_data(pixels.data(), CAIRO_FORMAT_ARGB32, pixelsWide, pixelsHigh, stride);
     if (cairo_surface_status(surface) != CAIRO_STATUS_SUCCESS) {
         cairo_surface_destroy(surface);
         return nullptr;
     }
-    return adoptRef(new GraphicsContext(surface, pixelsWide, pixelsHigh));
+    return adoptRef(new GraphicsContext(std::move(pixels), surface, pixelsWide, pixelsHigh));
 }
 
-GraphicsContext::GraphicsContext(cairo_surface_t* surface, int width, int height)
-    : m_surface(surface), m_cairo(cairo_create(surface)), m_width(width), m_height(height), m_states(1)
+GraphicsContext::GraphicsContext(std::vector<std::uint8_t> pixels, cairo_surface_t* surface, int width, int height)
+    : m_pixels(std::move(pixels)), m_surface(surface), m_cairo(cairo_create(surface)), m_width(width), m_height(height), m_states(1)
 {
     // The image's rows run top down; the kit's user space runs bottom up.
     flipVertically(0, float(height));
@@ -117,24 +123,37 @@ void GraphicsContext::restoreGraphicsState()
         t_current->restoreGState();
 }
 
+namespace {
+
+// Native-endian premultiplied ARGB words to RGBA bytes; `from` may be `to`.
+void argbToRgba(const std::uint8_t* from, std::uint8_t* to, std::size_t pixels)
+{
+    for (std::size_t i = 0; i < pixels; ++i) {
+        std::uint32_t p;
+        std::memcpy(&p, from + 4 * i, 4);
+        to[4 * i + 0] = std::uint8_t(p >> 16);
+        to[4 * i + 1] = std::uint8_t(p >> 8);
+        to[4 * i + 2] = std::uint8_t(p);
+        to[4 * i + 3] = std::uint8_t(p >> 24);
+    }
+}
+
+} // namespace
+
 RefPtr<Image> GraphicsContext::makeImage() const
 {
     cairo_surface_flush(m_surface);
-    const unsigned char* data = cairo_image_surface_get_data(m_surface);
-    const int stride = cairo_image_surface_get_stride(m_surface);
-    std::vector<std::uint8_t> rgba(std::size_t(m_width) * std::size_t(m_height) * 4);
-    for (int y = 0; y < m_height; ++y) {
-        const auto* row = reinterpret_cast<const std::uint32_t*>(data + std::ptrdiff_t(y) * stride);
-        std::uint8_t* out = rgba.data() + std::size_t(y) * std::size_t(m_width) * 4;
-        for (int x = 0; x < m_width; ++x) {
-            const std::uint32_t p = row[x];
-            out[4 * x + 0] = std::uint8_t(p >> 16);
-            out[4 * x + 1] = std::uint8_t(p >> 8);
-            out[4 * x + 2] = std::uint8_t(p);
-            out[4 * x + 3] = std::uint8_t(p >> 24);
-        }
-    }
-    return Image::imageWithRGBA(m_width, m_height, rgba.data());
+    std::vector<std::uint8_t> rgba(m_pixels.size());
+    argbToRgba(m_pixels.data(), rgba.data(), rgba.size() / 4);
+    return Image::imageWithRGBA(m_width, m_height, std::move(rgba));
+}
+
+RefPtr<Image> GraphicsContext::takeImage()
+{
+    cairo_surface_flush(m_surface);
+    cairo_surface_finish(m_surface);
+    argbToRgba(m_pixels.data(), m_pixels.data(), m_pixels.size() / 4);
+    return Image::imageWithRGBA(m_width, m_height, std::move(m_pixels));
 }
 
 void GraphicsContext::saveGState()

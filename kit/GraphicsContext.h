@@ -54,6 +54,9 @@ public:
     int pixelsHigh() const { return m_height; }
     /// A copy of the pixels drawn so far.
     RefPtr<Image> makeImage() const;
+    /// The pixels drawn so far, handed over as an image without a copy (a screenshot costs its
+    /// image once); the context draws nothing afterwards.
+    RefPtr<Image> takeImage();
 
     /// Saves and restores the transform, clip, colours and line settings.
     void saveGState();
@@ -111,11 +114,13 @@ private:
         Color fill = Color::blackColor();
         Color stroke = Color::blackColor();
     };
-    GraphicsContext(cairo_surface_t* surface, int width, int height);
+    GraphicsContext(std::vector<std::uint8_t> pixels, cairo_surface_t* surface, int width, int height);
     State& state() { return m_states.back(); }
     void setSource(const Color& color);
     bool addPath(const BezierPath& path);
 
+    /// Native-endian premultiplied ARGB, the surface's memory.
+    std::vector<std::uint8_t> m_pixels;
     cairo_surface_t* m_surface;
     cairo_t* m_cairo;
     int m_width;

@@ -21,6 +21,8 @@ public:
     static RefPtr<Image> imageWithContentsOfFile(const std::string& path, std::string* error = nullptr);
     /// An image over a copy of `width` x `height` premultiplied RGBA pixels, top row first.
     static RefPtr<Image> imageWithRGBA(int width, int height, const std::uint8_t* pixels);
+    /// An image taking over `pixels` (width x height x 4 bytes), without a copy.
+    static RefPtr<Image> imageWithRGBA(int width, int height, std::vector<std::uint8_t> pixels);
 
     int pixelsWide() const { return m_width; }
     int pixelsHigh() const { return m_height; }

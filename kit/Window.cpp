@@ -120,7 +120,7 @@ RefPtr<Image> Window::renderImage()
         // The content view sits at the window's origin, whatever its frame says.
         m_contentView->displayInContext(*context);
     }
-    return context->makeImage();
+    return context->takeImage();
 }
 
 void Window::viewWillLeave(View* view)

@@ -1,5 +1,6 @@
 // Images: PNG files written and read back, and files that are not images.
 #include "kit/Image.h"
+#include "kit/Window.h"
 #include "tests/support/TempDir.h"
 
 #include <gtest/gtest.h>
@@ -184,6 +185,23 @@ TEST(ImagePng, HostileHeadersAreRefusedWithTheirReasonAndCostWhatTheBodyHolds)
     const long base = childPeakKilobytes([] {});
     const long peak = childPeakKilobytes([&] { kit::Image::imageWithContentsOfFile(cut.string()); });
     EXPECT_LT(peak - base, 64 * 1024) << "kilobytes held for a cut-off body";
+}
+
+TEST(ImagePng, AScreenshotHoldsItsImageOnceWhileTakenAndWritten)
+{
+    TempDir dir;
+    const std::string path = (dir.path() / "window.png").string();
+    constexpr long kSide = 4096;
+    const long base = childPeakKilobytes([] {});
+    const long peak = childPeakKilobytes([&] {
+        auto window = kit::Window::create({ 0, 0, float(kSide), float(kSide) });
+        window->renderImage()->writePNG(path);
+    });
+    const long image = kSide * kSide * 4 / 1024;
+    EXPECT_LT(peak - base, 2 * image) << "kilobytes";
+    auto back = kit::Image::imageWithContentsOfFile(path);
+    ASSERT_TRUE(back);
+    EXPECT_EQ(back->pixelsWide(), kSide);
 }
 
 TEST(ImagePng, InterlacedImagesReadLikePlainOnes)
