@@ -22,18 +22,9 @@ RefPtr<CIImage> mapped(const CIFilter& filter, ColorMapRecipe::RowMap map, bool 
 
 float number(const CIFilter& filter, const char* key) { return float(filter.numberForKey(key)); }
 
-// A linear map of premultiplied colour (no offset, so premultiplying commutes with it).
 RefPtr<CIImage> matrixMapped(const CIFilter& filter, const std::array<float, 9>& m)
 {
-    return mapped(filter, [m](float* rgba, std::size_t count, long long, long long) {
-        for (std::size_t i = 0; i < count; ++i) {
-            float* p = rgba + 4 * i;
-            const float r = p[0], g = p[1], b = p[2];
-            p[0] = m[0] * r + m[1] * g + m[2] * b;
-            p[1] = m[3] * r + m[4] * g + m[5] * b;
-            p[2] = m[6] * r + m[7] * g + m[8] * b;
-        }
-    });
+    return CIImage::imageWithRecipe(adoptRef(new ColorMapRecipe(filter.imageForKey("inputImage"), m)));
 }
 
 constexpr float kLuma[3] = { 0.2125f, 0.7154f, 0.0721f };

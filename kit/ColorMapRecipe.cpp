@@ -2,8 +2,24 @@
 #include "kit/ColorMapRecipe.h"
 
 #include "kit/LinearLight.h"
+#include "kit/LinearLightKernels.h"
 
 namespace kit {
+
+ColorMapRecipe::ColorMapRecipe(RefPtr<CIImage> input, const std::array<float, 9>& matrix)
+    : ColorMapRecipe(std::move(input), [matrix](float* rgba, std::size_t count, long long, long long) {
+        const float* m = matrix.data();
+        for (std::size_t i = linearlightkernels::mapMatrix(m, rgba, count); i < count; ++i) {
+            float* p = rgba + 4 * i;
+            const float r = p[0], g = p[1], b = p[2];
+            for (int c = 0; c < 3; ++c)
+                p[c] = m[3 * c] * r + m[3 * c + 1] * g + m[3 * c + 2] * b;
+        }
+    })
+{
+    m_isMatrix = true;
+    m_matrix = matrix;
+}
 
 bool ColorMapRecipe::render(const PixelArea& area, const FloatPixels& out) const
 {
@@ -40,12 +56,18 @@ const std::vector<std::uint8_t>& ColorMapRecipe::byteTable(bool srgb) const
 
 bool ColorMapRecipe::drawBytes(const PixelArea& area, std::uint8_t* rgba, std::ptrdiff_t stride, bool srgb) const
 {
-    if (!m_channelsAlone || !m_input->isBitmapEncoded(srgb))
+    const bool matrixOverSRGB = m_isMatrix && srgb;
+    if (!(m_channelsAlone || matrixOverSRGB) || !m_input->isBitmapEncoded(srgb))
         return false;
     static const RefPtr<ColorSpace> spaces[2] = { ColorSpace::createDeviceRGB(), ColorSpace::createSRGB() };
     if (!m_input->drawArea(int(area.x), int(area.y), int(area.width), int(area.height), rgba, stride, true,
             spaces[srgb].get()))
         return false;
+    if (matrixOverSRGB) {
+        for (long long r = 0; r < area.height; ++r)
+            linearlight::mapMatrixRow(m_matrix.data(), rgba + r * stride, std::size_t(area.width));
+        return true;
+    }
     const std::uint8_t* table = byteTable(srgb).data();
     for (long long r = 0; r < area.height; ++r) {
         std::uint8_t* p = rgba + r * stride;

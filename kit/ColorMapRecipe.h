@@ -4,6 +4,7 @@
 #include "kit/CIImage.h"
 #include "kit/ImageRecipe.h"
 
+#include <array>
 #include <cstddef>
 #include <functional>
 #include <mutex>
@@ -25,6 +26,11 @@ public:
         : m_input(std::move(input)), m_map(std::move(map)), m_channelsAlone(channelsAlone)
     {
     }
+
+    /// A linear map of colour, rgb' = m rgb (m row major): it commutes with premultiplying, so it
+    /// works on premultiplied colour. Over sRGB bitmap bytes drawn into sRGB it runs byte to
+    /// byte, a vector of pixels at a time.
+    ColorMapRecipe(RefPtr<CIImage> input, const std::array<float, 9>& matrix);
 
     /// A row map that un-premultiplies each pixel with alpha above 0, hands `f` its colour
     /// (float rgb[3]) to change, and premultiplies again; alpha is kept.
@@ -57,6 +63,8 @@ private:
     RefPtr<CIImage> m_input;
     RowMap m_map;
     bool m_channelsAlone;
+    bool m_isMatrix = false;
+    std::array<float, 9> m_matrix {};
     mutable std::once_flag m_baked[2];
     mutable std::vector<std::uint8_t> m_tables[2]; // 256 x 256: [alpha][value], device and sRGB
 };

@@ -1,6 +1,8 @@
 // LinearLight: tables for the sRGB curve, and the row conversions at either end of the filter chain.
 #include "kit/LinearLight.h"
 
+#include "kit/LinearLightKernels.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -50,7 +52,7 @@ const Curve& srgbCurve()
 
 // toSRGB at 65536 steps, read without interpolation where bytes are written: within 0.03 of an
 // 8-bit step, and one load instead of two and a blend.
-constexpr int kFineSteps = 65535;
+constexpr int kFineSteps = linearlightkernels::kFineSteps;
 
 const std::vector<float>& fineSRGB()
 {
@@ -77,6 +79,19 @@ const std::vector<float>& decodedTable()
     return table;
 }
 
+// The tables of the vector kernels.
+const linearlightkernels::Tables& kernelTables()
+{
+    static const std::vector<std::uint8_t> opaque = [] {
+        std::vector<std::uint8_t> t(kFineSteps + 1);
+        for (int i = 0; i <= kFineSteps; ++i)
+            t[std::size_t(i)] = std::uint8_t(int(255.0f * fineSRGB()[std::size_t(i)] + 0.5f));
+        return t;
+    }();
+    static const linearlightkernels::Tables tables { decodedTable().data(), fineSRGB().data(), opaque.data() };
+    return tables;
+}
+
 } // namespace
 
 float toLinear(float encoded) { return linearCurve()(encoded); }
@@ -96,7 +111,8 @@ void decodeRow(const std::uint8_t* pixels, bool argb, bool srgb, std::size_t cou
         return;
     }
     const float* table = decodedTable().data();
-    for (std::size_t i = 0; i < count; ++i) {
+    const std::size_t done = argb ? 0 : linearlightkernels::decode(pixels, count, kernelTables(), out);
+    for (std::size_t i = done; i < count; ++i) {
         const std::uint8_t* p = pixels + 4 * i;
         const float* row = table + std::size_t(p[alpha]) * 256;
         for (int c = 0; c < 3; ++c)
@@ -105,28 +121,72 @@ void decodeRow(const std::uint8_t* pixels, bool argb, bool srgb, std::size_t cou
     }
 }
 
+void decodeUnitsRow(const std::uint8_t* pixels, std::size_t count, std::uint16_t* out)
+{
+    const float* table = decodedTable().data();
+    for (std::size_t i = linearlightkernels::decodeUnits(pixels, count, kernelTables(), out); i < count; ++i) {
+        const std::uint8_t* p = pixels + 4 * i;
+        const float* row = table + std::size_t(p[3]) * 256;
+        for (int c = 0; c < 3; ++c)
+            out[4 * i + std::size_t(c)] = std::uint16_t(row[p[c]] * 65535 + 0.5f);
+        out[4 * i + 3] = std::uint16_t(p[3] * 257);
+    }
+}
+
+namespace {
+
+// One pixel of encodeRow. Values are held at 0 or above first, so adding a half and truncating
+// rounds them.
+void encodePixel(const float* p, bool srgb, const float* curve, std::uint8_t* q)
+{
+    const float a = held(p[3], 0, 1);
+    const auto a8 = float(int(a * 255 + 0.5f));
+    q[3] = std::uint8_t(a8);
+    if (a8 == 0) {
+        q[0] = q[1] = q[2] = 0;
+        return;
+    }
+    if (srgb) {
+        const float scale = kFineSteps / a;
+        for (int c = 0; c < 3; ++c)
+            q[c] = std::uint8_t(int(a8 * curve[int(held(p[c], 0, a) * scale + 0.5f)] + 0.5f));
+    } else {
+        for (int c = 0; c < 3; ++c)
+            q[c] = std::uint8_t(int(std::min(held(p[c], 0, a) * 255, a8) + 0.5f));
+    }
+}
+
+} // namespace
+
 void encodeRow(const float* pixels, bool srgb, std::size_t count, std::uint8_t* out)
 {
-    // Values are held at 0 or above first, so adding a half and truncating rounds them.
     const float* curve = fineSRGB().data();
-    for (std::size_t i = 0; i < count; ++i) {
-        const float* p = pixels + 4 * i;
-        const float a = held(p[3], 0, 1);
-        const auto a8 = float(int(a * 255 + 0.5f));
-        std::uint8_t* q = out + 4 * i;
-        q[3] = std::uint8_t(a8);
-        if (a8 == 0) {
-            q[0] = q[1] = q[2] = 0;
-            continue;
-        }
-        if (srgb) {
-            const float scale = kFineSteps / a;
-            for (int c = 0; c < 3; ++c)
-                q[c] = std::uint8_t(int(a8 * curve[int(held(p[c], 0, a) * scale + 0.5f)] + 0.5f));
-        } else {
-            for (int c = 0; c < 3; ++c)
-                q[c] = std::uint8_t(int(std::min(held(p[c], 0, a) * 255, a8) + 0.5f));
-        }
+    const std::size_t done = srgb ? linearlightkernels::encode(pixels, count, kernelTables(), out) : 0;
+    for (std::size_t i = done; i < count; ++i)
+        encodePixel(pixels + 4 * i, srgb, curve, out + 4 * i);
+}
+
+void mapMatrixRow(const float m[9], std::uint8_t* rgba, std::size_t count)
+{
+    const float* curve = fineSRGB().data();
+    for (std::size_t i = linearlightkernels::mapMatrixBytes(m, kernelTables(), rgba, count); i < count; ++i) {
+        float p[4];
+        decodeRow(rgba + 4 * i, false, true, 1, p);
+        const float r = p[0], g = p[1], b = p[2];
+        for (int c = 0; c < 3; ++c)
+            p[c] = m[3 * c] * r + m[3 * c + 1] * g + m[3 * c + 2] * b;
+        encodePixel(p, true, curve, rgba + 4 * i);
+    }
+}
+
+void encodeSumsRow(const std::uint32_t* sums, float scale, std::size_t count, std::uint8_t* out)
+{
+    const float* curve = fineSRGB().data();
+    for (std::size_t i = linearlightkernels::encodeSums(sums, scale, count, kernelTables(), out); i < count; ++i) {
+        float p[4];
+        for (int c = 0; c < 4; ++c)
+            p[c] = float(sums[4 * i + std::size_t(c)]) * scale;
+        encodePixel(p, true, curve, out + 4 * i);
     }
 }
 

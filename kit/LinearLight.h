@@ -20,4 +20,13 @@ void decodeRow(const std::uint8_t* pixels, bool argb, bool srgb, std::size_t cou
 /// round(alpha8 x toSRGB(colour / alpha))).
 void encodeRow(const float* pixels, bool srgb, std::size_t count, std::uint8_t* out);
 
+/// Premultiplied 8-bit sRGB R, G, B, A to premultiplied linear light in units of 1 / 65535,
+/// rounded: what decodeRow makes, times 65535.
+void decodeUnitsRow(const std::uint8_t* pixels, std::size_t count, std::uint16_t* out);
+/// Premultiplied 8-bit sRGB R, G, B, A in place through the colour matrix m (row major) in
+/// linear light: decodeRow, rgb' = m rgb, encodeRow.
+void mapMatrixRow(const float m[9], std::uint8_t* rgba, std::size_t count);
+/// encodeRow into sRGB of the premultiplied values sums x scale (sums below 2^31).
+void encodeSumsRow(const std::uint32_t* sums, float scale, std::size_t count, std::uint8_t* out);
+
 } // namespace kit::linearlight

@@ -1,0 +1,229 @@
+// LinearLightKernels: table decoding, gathered encoding and colour matrices over pixel vectors,
+// one build per SIMD target. A 128-bit block holds one pixel.
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "kit/LinearLightKernels.cpp"
+#include <hwy/foreach_target.h> // IWYU pragma: keep
+#include <hwy/highway.h>
+
+#include "kit/LinearLightKernels.h"
+
+
+HWY_BEFORE_NAMESPACE();
+namespace kit::linearlightkernels {
+namespace HWY_NAMESPACE {
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+#if HWY_TARGET != HWY_SCALAR
+using DF = hn::CappedTag<float, 16>;
+using DI = hn::RebindToSigned<DF>;
+using DU = hn::RebindToUnsigned<DF>;
+
+// The lanes that hold alpha.
+HWY_INLINE hn::Mask<DI> alphaLanes()
+{
+    const DI di;
+    return hn::Eq(hn::And(hn::Iota(di, 0), hn::Set(di, 3)), hn::Set(di, 3));
+}
+
+// Four floats a pixel from its bytes: colour from the table row of its alpha, for `count`
+// pixels. Read by scalar loads (gathers measured slower here, and much slower on a loaded
+// machine), and written ahead of the vector loads that read them back, so that these do not
+// wait on the scalar stores.
+HWY_INLINE void decodeAhead(const std::uint8_t* pixels, std::size_t count, const float* table, float* out)
+{
+    for (std::size_t k = 0; k < 4 * count; k += 4) {
+        const std::uint8_t* p = pixels + k;
+        const float* row = table + std::size_t(p[3]) * 256;
+        out[k] = row[p[0]], out[k + 1] = row[p[1]], out[k + 2] = row[p[2]];
+        out[k + 3] = p[3] * (1.0f / 255);
+    }
+}
+
+// Pixels a chunk of decoded floats holds.
+constexpr std::size_t kChunk = 64;
+
+// Bytes from premultiplied floats, as linearlight::encodeRow makes them: the indices into the
+// 65536-step curve as vectors, the reads lane by lane, and for opaque pixels straight from
+// `opaque`.
+HWY_INLINE void encoded(hn::Vec<DF> p, const Tables& t, std::uint8_t* out)
+{
+    const DF df;
+    const DI di;
+    const auto zero = hn::Zero(df), half = hn::Set(df, 0.5f), one = hn::Set(df, 1.0f);
+    const auto a = hn::Max(hn::Min(hn::Broadcast<3>(p), one), zero);
+    const auto a8 = hn::ConvertTo(df, hn::ConvertTo(di, hn::Add(hn::Mul(a, hn::Set(df, 255.0f)), half)));
+    const auto transparent = hn::Eq(a8, zero);
+    // A transparent pixel's index (0 / 0) only has to stay in the table.
+    const auto scale = hn::Div(hn::Set(df, float(kFineSteps)), hn::IfThenElse(transparent, one, a));
+    auto index = hn::ConvertTo(di, hn::Add(hn::Mul(hn::Max(zero, hn::Min(p, a)), scale), half));
+    index = hn::Min(hn::Max(index, hn::Zero(di)), hn::Set(di, kFineSteps));
+    HWY_ALIGN std::int32_t indices[hn::MaxLanes(DI())];
+    HWY_ALIGN float alphas[hn::MaxLanes(DF())];
+    hn::Store(index, di, indices);
+    const std::size_t n = hn::Lanes(df);
+    if (hn::AllTrue(df, hn::Eq(a8, hn::Set(df, 255.0f)))) {
+        for (std::size_t k = 0; k < n; k += 4) {
+            out[k] = t.opaque[indices[k]], out[k + 1] = t.opaque[indices[k + 1]], out[k + 2] = t.opaque[indices[k + 2]];
+            out[k + 3] = 255;
+        }
+        return;
+    }
+    hn::Store(a8, df, alphas);
+    for (std::size_t k = 0; k < n; ++k)
+        out[k] = std::uint8_t(k % 4 == 3 ? int(alphas[k]) : int(alphas[k] * t.fine[indices[k]] + 0.5f));
+}
+
+std::size_t Decode(const std::uint8_t* pixels, std::size_t count, const Tables& t, float* out)
+{
+    decodeAhead(pixels, count, t.decode, out);
+    return count;
+}
+
+std::size_t DecodeUnits(const std::uint8_t* pixels, std::size_t count, const Tables& t, std::uint16_t* out)
+{
+    const DF df;
+    const DI di;
+    const hn::Rebind<std::uint16_t, DI> d16;
+    const std::size_t n = hn::Lanes(df);
+    const auto units = hn::Set(df, 65535.0f), half = hn::Set(df, 0.5f);
+    HWY_ALIGN float chunk[4 * kChunk];
+    std::size_t done = 0;
+    for (; done + kChunk <= count; done += kChunk) {
+        decodeAhead(pixels + 4 * done, kChunk, t.decode, chunk);
+        for (std::size_t i = 0; i < 4 * kChunk; i += n) {
+            const auto v = hn::ConvertTo(di, hn::Add(hn::Mul(hn::Load(df, chunk + i), units), half));
+            hn::StoreU(hn::DemoteTo(d16, v), d16, out + 4 * done + i);
+        }
+    }
+    return done;
+}
+
+std::size_t Encode(const float* pixels, std::size_t count, const Tables& t, std::uint8_t* out)
+{
+    std::size_t i = 0;
+    const DF df;
+    for (const std::size_t n = hn::Lanes(df); i + n <= 4 * count; i += n)
+        encoded(hn::LoadU(df, pixels + i), t, out + i);
+    return i / 4;
+}
+
+std::size_t EncodeSums(const std::uint32_t* sums, float scale, std::size_t count, const Tables& t, std::uint8_t* out)
+{
+    std::size_t i = 0;
+    const DF df;
+    const DI di;
+    const auto s = hn::Set(df, scale);
+    for (const std::size_t n = hn::Lanes(df); i + n <= 4 * count; i += n) {
+        // Sums stay below 2^31, so they convert as signed.
+        const auto v = hn::ConvertTo(df, hn::BitCast(di, hn::LoadU(DU(), sums + i)));
+        encoded(hn::Mul(v, s), t, out + i);
+    }
+    return i / 4;
+}
+
+// A 3 x 3 matrix applied to pixel vectors: each pixel the sum of its broadcast channels times
+// the matrix's columns, alpha kept.
+class Matrix {
+public:
+    explicit Matrix(const float m[9]) : m_alpha(hn::RebindMask(DF(), alphaLanes()))
+    {
+        HWY_ALIGN const float columns[3][4]
+            = { { m[0], m[3], m[6], 0 }, { m[1], m[4], m[7], 0 }, { m[2], m[5], m[8], 0 } };
+        for (int c = 0; c < 3; ++c)
+            m_columns[c] = hn::LoadDup128(DF(), columns[c]);
+    }
+    hn::Vec<DF> operator()(hn::Vec<DF> p) const
+    {
+        const auto rgb = hn::MulAdd(m_columns[2], hn::Broadcast<2>(p),
+            hn::MulAdd(m_columns[1], hn::Broadcast<1>(p), hn::Mul(m_columns[0], hn::Broadcast<0>(p))));
+        return hn::IfThenElse(m_alpha, p, rgb);
+    }
+
+private:
+    hn::Mask<DF> m_alpha;
+    hn::Vec<DF> m_columns[3];
+};
+
+std::size_t MapMatrix(const float m[9], float* rgba, std::size_t count)
+{
+    std::size_t i = 0;
+    const DF df;
+    const Matrix matrix(m);
+    for (const std::size_t n = hn::Lanes(df); i + n <= 4 * count; i += n)
+        hn::StoreU(matrix(hn::LoadU(df, rgba + i)), df, rgba + i);
+    return i / 4;
+}
+
+std::size_t MapMatrixBytes(const float m[9], const Tables& t, std::uint8_t* rgba, std::size_t count)
+{
+    const DF df;
+    const std::size_t n = hn::Lanes(df);
+    const Matrix matrix(m);
+    HWY_ALIGN float chunk[4 * kChunk];
+    std::size_t done = 0;
+    for (; done + kChunk <= count; done += kChunk) {
+        std::uint8_t* pixels = rgba + 4 * done;
+        decodeAhead(pixels, kChunk, t.decode, chunk);
+        for (std::size_t i = 0; i < 4 * kChunk; i += n)
+            encoded(matrix(hn::Load(df, chunk + i)), t, pixels + i);
+    }
+    return done;
+}
+
+#else
+// Without vectors every pixel goes the caller's way.
+std::size_t Decode(const std::uint8_t*, std::size_t, const Tables&, float*) { return 0; }
+std::size_t DecodeUnits(const std::uint8_t*, std::size_t, const Tables&, std::uint16_t*) { return 0; }
+std::size_t Encode(const float*, std::size_t, const Tables&, std::uint8_t*) { return 0; }
+std::size_t EncodeSums(const std::uint32_t*, float, std::size_t, const Tables&, std::uint8_t*) { return 0; }
+std::size_t MapMatrix(const float*, float*, std::size_t) { return 0; }
+std::size_t MapMatrixBytes(const float*, const Tables&, std::uint8_t*, std::size_t) { return 0; }
+#endif
+
+} // namespace HWY_NAMESPACE
+} // namespace kit::linearlightkernels
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace kit::linearlightkernels {
+
+HWY_EXPORT(Decode);
+HWY_EXPORT(DecodeUnits);
+HWY_EXPORT(Encode);
+HWY_EXPORT(EncodeSums);
+HWY_EXPORT(MapMatrix);
+HWY_EXPORT(MapMatrixBytes);
+
+std::size_t decode(const std::uint8_t* pixels, std::size_t count, const Tables& t, float* out)
+{
+    return HWY_DYNAMIC_DISPATCH(Decode)(pixels, count, t, out);
+}
+
+std::size_t decodeUnits(const std::uint8_t* pixels, std::size_t count, const Tables& t, std::uint16_t* out)
+{
+    return HWY_DYNAMIC_DISPATCH(DecodeUnits)(pixels, count, t, out);
+}
+
+std::size_t encode(const float* pixels, std::size_t count, const Tables& t, std::uint8_t* out)
+{
+    return HWY_DYNAMIC_DISPATCH(Encode)(pixels, count, t, out);
+}
+
+std::size_t encodeSums(const std::uint32_t* sums, float scale, std::size_t count, const Tables& t, std::uint8_t* out)
+{
+    return HWY_DYNAMIC_DISPATCH(EncodeSums)(sums, scale, count, t, out);
+}
+
+std::size_t mapMatrix(const float m[9], float* rgba, std::size_t count)
+{
+    return HWY_DYNAMIC_DISPATCH(MapMatrix)(m, rgba, count);
+}
+
+std::size_t mapMatrixBytes(const float m[9], const Tables& t, std::uint8_t* rgba, std::size_t count)
+{
+    return HWY_DYNAMIC_DISPATCH(MapMatrixBytes)(m, t, rgba, count);
+}
+
+} // namespace kit::linearlightkernels
+#endif
