@@ -1,4 +1,5 @@
 // BlurFilters: the filters that average neighbourhoods: Gaussian, box, disc, motion and zoom.
+#include "kit/BandBlur.h"
 #include "kit/FilterOutputs.h"
 #include "kit/RenderedArea.h"
 
@@ -42,6 +43,12 @@ public:
     BoxBlurRecipe(RefPtr<CIImage> input, long long r)
         : BlurRecipe(input, grownRect(input->extent(), float(r), float(r))), m_r(r)
     {
+    }
+
+    // sRGB bitmaps take integer sums of 16-bit linear values a band of rows at a time.
+    bool drawBytes(const PixelArea& area, std::uint8_t* rgba, std::ptrdiff_t stride, bool srgb) const override
+    {
+        return srgb && m_input->isBitmapEncoded(true) && BandBlur::drawBox(*m_input, m_r, area, rgba, stride);
     }
 
     bool render(const PixelArea& area, const FloatPixels& out) const override

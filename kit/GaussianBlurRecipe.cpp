@@ -1,6 +1,7 @@
 // GaussianBlurRecipe: Deriche's recursive Gaussian over float RGBA, rows then column strips.
 #include "kit/GaussianBlurRecipe.h"
 
+#include "kit/BandBlur.h"
 #include "kit/FloatBlurKernels.h"
 #include "kit/ScratchBlock.h"
 
@@ -22,6 +23,22 @@ GaussianBlurRecipe::GaussianBlurRecipe(RefPtr<CIImage> input, double sigma)
     const float grow = float(std::ceil(3 * sigma));
     const Rect in = m_input->extent();
     m_extent = isInfinite(in) ? in : Rect(in.minX() - grow, in.minY() - grow, in.width() + 2 * grow, in.height() + 2 * grow);
+    if (m_blur.isIdentity() || sigma > kMaxDirectSigma)
+        return;
+    // Beyond 4.5 sigma each side holds less than 4e-6 of the weight.
+    const auto reach = (long long)std::ceil(4.5 * sigma);
+    double sum = 0;
+    std::vector<double> g;
+    for (long long n = -reach; n <= reach; ++n)
+        sum += g.emplace_back(std::exp(-double(n * n) / (2 * sigma * sigma)));
+    for (double w : g)
+        m_weights.push_back(float(w / sum));
+}
+
+bool GaussianBlurRecipe::drawBytes(const PixelArea& area, std::uint8_t* rgba, std::ptrdiff_t stride, bool srgb) const
+{
+    return srgb && !m_weights.empty() && m_input->isBitmapEncoded(true)
+        && BandBlur::drawWeighted(*m_input, m_weights, area, rgba, stride);
 }
 
 bool GaussianBlurRecipe::render(const PixelArea& area, const FloatPixels& out) const

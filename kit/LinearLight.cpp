@@ -52,7 +52,7 @@ const Curve& srgbCurve()
 
 // toSRGB at 65536 steps, read without interpolation where bytes are written: within 0.03 of an
 // 8-bit step, and one load instead of two and a blend.
-constexpr int kFineSteps = linearlightkernels::kFineSteps;
+constexpr int kFineSteps = 65535;
 
 const std::vector<float>& fineSRGB()
 {
@@ -79,19 +79,6 @@ const std::vector<float>& decodedTable()
     return table;
 }
 
-// The tables of the vector kernels.
-const linearlightkernels::Tables& kernelTables()
-{
-    static const std::vector<std::uint8_t> opaque = [] {
-        std::vector<std::uint8_t> t(kFineSteps + 1);
-        for (int i = 0; i <= kFineSteps; ++i)
-            t[std::size_t(i)] = std::uint8_t(int(255.0f * fineSRGB()[std::size_t(i)] + 0.5f));
-        return t;
-    }();
-    static const linearlightkernels::Tables tables { decodedTable().data(), fineSRGB().data(), opaque.data() };
-    return tables;
-}
-
 } // namespace
 
 float toLinear(float encoded) { return linearCurve()(encoded); }
@@ -111,8 +98,7 @@ void decodeRow(const std::uint8_t* pixels, bool argb, bool srgb, std::size_t cou
         return;
     }
     const float* table = decodedTable().data();
-    const std::size_t done = argb ? 0 : linearlightkernels::decode(pixels, count, kernelTables(), out);
-    for (std::size_t i = done; i < count; ++i) {
+    for (std::size_t i = 0; i < count; ++i) {
         const std::uint8_t* p = pixels + 4 * i;
         const float* row = table + std::size_t(p[alpha]) * 256;
         for (int c = 0; c < 3; ++c)
@@ -123,13 +109,20 @@ void decodeRow(const std::uint8_t* pixels, bool argb, bool srgb, std::size_t cou
 
 void decodeUnitsRow(const std::uint8_t* pixels, std::size_t count, std::uint16_t* out)
 {
-    const float* table = decodedTable().data();
-    for (std::size_t i = linearlightkernels::decodeUnits(pixels, count, kernelTables(), out); i < count; ++i) {
+    // Alpha a under itself decodes to a / 255, so one table row serves all four channels.
+    static const std::vector<std::uint16_t> table = [] {
+        std::vector<std::uint16_t> t(256 * 256);
+        const std::vector<float>& decoded = decodedTable();
+        for (std::size_t i = 0; i < t.size(); ++i)
+            t[i] = std::uint16_t(decoded[i] * 65535 + 0.5f);
+        for (std::size_t a = 0; a < 256; ++a)
+            t[a * 256 + a] = std::uint16_t(a * 257);
+        return t;
+    }();
+    for (std::size_t i = 0; i < count; ++i) {
         const std::uint8_t* p = pixels + 4 * i;
-        const float* row = table + std::size_t(p[3]) * 256;
-        for (int c = 0; c < 3; ++c)
-            out[4 * i + std::size_t(c)] = std::uint16_t(row[p[c]] * 65535 + 0.5f);
-        out[4 * i + 3] = std::uint16_t(p[3] * 257);
+        const std::uint16_t* row = table.data() + std::size_t(p[3]) * 256;
+        out[4 * i] = row[p[0]], out[4 * i + 1] = row[p[1]], out[4 * i + 2] = row[p[2]], out[4 * i + 3] = row[p[3]];
     }
 }
 
@@ -161,7 +154,7 @@ void encodePixel(const float* p, bool srgb, const float* curve, std::uint8_t* q)
 void encodeRow(const float* pixels, bool srgb, std::size_t count, std::uint8_t* out)
 {
     const float* curve = fineSRGB().data();
-    const std::size_t done = srgb ? linearlightkernels::encode(pixels, count, kernelTables(), out) : 0;
+    const std::size_t done = srgb ? linearlightkernels::encode(pixels, count, out) : 0;
     for (std::size_t i = done; i < count; ++i)
         encodePixel(pixels + 4 * i, srgb, curve, out + 4 * i);
 }
@@ -169,7 +162,7 @@ void encodeRow(const float* pixels, bool srgb, std::size_t count, std::uint8_t* 
 void mapMatrixRow(const float m[9], std::uint8_t* rgba, std::size_t count)
 {
     const float* curve = fineSRGB().data();
-    for (std::size_t i = linearlightkernels::mapMatrixBytes(m, kernelTables(), rgba, count); i < count; ++i) {
+    for (std::size_t i = linearlightkernels::mapMatrixBytes(m, decodedTable().data(), rgba, count); i < count; ++i) {
         float p[4];
         decodeRow(rgba + 4 * i, false, true, 1, p);
         const float r = p[0], g = p[1], b = p[2];
@@ -182,7 +175,7 @@ void mapMatrixRow(const float m[9], std::uint8_t* rgba, std::size_t count)
 void encodeSumsRow(const std::uint32_t* sums, float scale, std::size_t count, std::uint8_t* out)
 {
     const float* curve = fineSRGB().data();
-    for (std::size_t i = linearlightkernels::encodeSums(sums, scale, count, kernelTables(), out); i < count; ++i) {
+    for (std::size_t i = linearlightkernels::encodeSums(sums, scale, count, out); i < count; ++i) {
         float p[4];
         for (int c = 0; c < 4; ++c)
             p[c] = float(sums[4 * i + std::size_t(c)]) * scale;

@@ -1,5 +1,5 @@
-// LinearLightKernels: table decoding, gathered encoding and colour matrices over pixel vectors,
-// one build per SIMD target. A 128-bit block holds one pixel.
+// LinearLightKernels: encoding and colour matrices over pixel vectors, one build per SIMD
+// target. A 128-bit block holds one pixel.
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "kit/LinearLightKernels.cpp"
 #include <hwy/foreach_target.h> // IWYU pragma: keep
@@ -41,12 +41,36 @@ HWY_INLINE void decodeAhead(const std::uint8_t* pixels, std::size_t count, const
 }
 
 // Pixels a chunk of decoded floats holds.
-constexpr std::size_t kChunk = 64;
+constexpr std::size_t kChunk = 16;
 
-// Bytes from premultiplied floats, as linearlight::encodeRow makes them: the indices into the
-// 65536-step curve as vectors, the reads lane by lane, and for opaque pixels straight from
-// `opaque`.
-HWY_INLINE void encoded(hn::Vec<DF> p, const Tables& t, std::uint8_t* out)
+// 1 / x to within a few units in the last place, for x > 0.
+HWY_INLINE hn::Vec<DF> reciprocal(hn::Vec<DF> x)
+{
+    const auto r = hn::ApproximateReciprocal(x);
+    return hn::Mul(r, hn::NegMulAdd(x, r, hn::Set(DF(), 2.0f)));
+}
+
+// 1 / sqrt(x) likewise, for x > 0.
+HWY_INLINE hn::Vec<DF> reciprocalSqrt(hn::Vec<DF> x)
+{
+    const DF df;
+    const auto r = hn::ApproximateReciprocalSqrt(x);
+    return hn::Mul(r, hn::NegMulAdd(hn::Mul(hn::Set(df, 0.5f), x), hn::Mul(r, r), hn::Set(df, 1.5f)));
+}
+
+// x^(1/4), for x from 1e-4 up (below it, whatever is finite).
+HWY_INLINE hn::Vec<DF> fourthRoot(hn::Vec<DF> x)
+{
+    x = hn::Max(x, hn::Set(DF(), 1e-4f));
+    const auto root = hn::Mul(x, reciprocalSqrt(x));
+    return hn::Mul(root, reciprocalSqrt(root));
+}
+
+// Bytes from premultiplied floats, rounded as linearlight::encodeRow rounds them. The curve is
+// computed, not read: above its linear toe, 1.055 u^(1/2.4) - 0.055 is t^(5/3) for the fourth
+// root t of u, which a degree-5 polynomial in t follows to within 1e-5 (0.0025 of a step).
+// Reading a table, by gathers or lane by lane, cost several times more.
+HWY_INLINE void encoded(hn::Vec<DF> p, std::uint8_t* out)
 {
     const DF df;
     const DI di;
@@ -54,61 +78,31 @@ HWY_INLINE void encoded(hn::Vec<DF> p, const Tables& t, std::uint8_t* out)
     const auto a = hn::Max(hn::Min(hn::Broadcast<3>(p), one), zero);
     const auto a8 = hn::ConvertTo(df, hn::ConvertTo(di, hn::Add(hn::Mul(a, hn::Set(df, 255.0f)), half)));
     const auto transparent = hn::Eq(a8, zero);
-    // A transparent pixel's index (0 / 0) only has to stay in the table.
-    const auto scale = hn::Div(hn::Set(df, float(kFineSteps)), hn::IfThenElse(transparent, one, a));
-    auto index = hn::ConvertTo(di, hn::Add(hn::Mul(hn::Max(zero, hn::Min(p, a)), scale), half));
-    index = hn::Min(hn::Max(index, hn::Zero(di)), hn::Set(di, kFineSteps));
-    HWY_ALIGN std::int32_t indices[hn::MaxLanes(DI())];
-    HWY_ALIGN float alphas[hn::MaxLanes(DF())];
-    hn::Store(index, di, indices);
-    const std::size_t n = hn::Lanes(df);
-    if (hn::AllTrue(df, hn::Eq(a8, hn::Set(df, 255.0f)))) {
-        for (std::size_t k = 0; k < n; k += 4) {
-            out[k] = t.opaque[indices[k]], out[k + 1] = t.opaque[indices[k + 1]], out[k + 2] = t.opaque[indices[k + 2]];
-            out[k + 3] = 255;
-        }
-        return;
-    }
-    hn::Store(a8, df, alphas);
-    for (std::size_t k = 0; k < n; ++k)
-        out[k] = std::uint8_t(k % 4 == 3 ? int(alphas[k]) : int(alphas[k] * t.fine[indices[k]] + 0.5f));
+    // Colour over alpha; a transparent pixel's (0 / 0) only has to stay finite. Division and
+    // square roots of whole vectors are slow, so they are estimates refined by a Newton step.
+    const auto u = hn::Mul(hn::Max(zero, hn::Min(p, a)), reciprocal(hn::IfThenElse(transparent, one, a)));
+    const auto z = hn::MulAdd(fourthRoot(u), hn::Set(df, 2.6196699f), hn::Set(df, -1.6196699f));
+    auto curve = hn::Set(df, -0.00050867820f);
+    for (float c : { 0.0016719262f, -0.0068371533f, 0.10015047f, 0.48712370f, 0.41839564f })
+        curve = hn::MulAdd(curve, z, hn::Set(df, c));
+    curve = hn::IfThenElse(hn::Le(u, hn::Set(df, 0.0031308f)), hn::Mul(u, hn::Set(df, 12.92f)), curve);
+    auto q = hn::ConvertTo(di, hn::MulAdd(a8, curve, half));
+    q = hn::IfThenElse(alphaLanes(), hn::ConvertTo(di, a8), q);
+    q = hn::IfThenZeroElse(hn::RebindMask(di, transparent), q);
+    const hn::Rebind<std::uint8_t, DI> d8;
+    hn::StoreU(hn::DemoteTo(d8, q), d8, out);
 }
 
-std::size_t Decode(const std::uint8_t* pixels, std::size_t count, const Tables& t, float* out)
-{
-    decodeAhead(pixels, count, t.decode, out);
-    return count;
-}
-
-std::size_t DecodeUnits(const std::uint8_t* pixels, std::size_t count, const Tables& t, std::uint16_t* out)
-{
-    const DF df;
-    const DI di;
-    const hn::Rebind<std::uint16_t, DI> d16;
-    const std::size_t n = hn::Lanes(df);
-    const auto units = hn::Set(df, 65535.0f), half = hn::Set(df, 0.5f);
-    HWY_ALIGN float chunk[4 * kChunk];
-    std::size_t done = 0;
-    for (; done + kChunk <= count; done += kChunk) {
-        decodeAhead(pixels + 4 * done, kChunk, t.decode, chunk);
-        for (std::size_t i = 0; i < 4 * kChunk; i += n) {
-            const auto v = hn::ConvertTo(di, hn::Add(hn::Mul(hn::Load(df, chunk + i), units), half));
-            hn::StoreU(hn::DemoteTo(d16, v), d16, out + 4 * done + i);
-        }
-    }
-    return done;
-}
-
-std::size_t Encode(const float* pixels, std::size_t count, const Tables& t, std::uint8_t* out)
+std::size_t Encode(const float* pixels, std::size_t count, std::uint8_t* out)
 {
     std::size_t i = 0;
     const DF df;
     for (const std::size_t n = hn::Lanes(df); i + n <= 4 * count; i += n)
-        encoded(hn::LoadU(df, pixels + i), t, out + i);
+        encoded(hn::LoadU(df, pixels + i), out + i);
     return i / 4;
 }
 
-std::size_t EncodeSums(const std::uint32_t* sums, float scale, std::size_t count, const Tables& t, std::uint8_t* out)
+std::size_t EncodeSums(const std::uint32_t* sums, float scale, std::size_t count, std::uint8_t* out)
 {
     std::size_t i = 0;
     const DF df;
@@ -117,7 +111,7 @@ std::size_t EncodeSums(const std::uint32_t* sums, float scale, std::size_t count
     for (const std::size_t n = hn::Lanes(df); i + n <= 4 * count; i += n) {
         // Sums stay below 2^31, so they convert as signed.
         const auto v = hn::ConvertTo(df, hn::BitCast(di, hn::LoadU(DU(), sums + i)));
-        encoded(hn::Mul(v, s), t, out + i);
+        encoded(hn::Mul(v, s), out + i);
     }
     return i / 4;
 }
@@ -155,7 +149,7 @@ std::size_t MapMatrix(const float m[9], float* rgba, std::size_t count)
     return i / 4;
 }
 
-std::size_t MapMatrixBytes(const float m[9], const Tables& t, std::uint8_t* rgba, std::size_t count)
+std::size_t MapMatrixBytes(const float m[9], const float* table, std::uint8_t* rgba, std::size_t count)
 {
     const DF df;
     const std::size_t n = hn::Lanes(df);
@@ -164,21 +158,19 @@ std::size_t MapMatrixBytes(const float m[9], const Tables& t, std::uint8_t* rgba
     std::size_t done = 0;
     for (; done + kChunk <= count; done += kChunk) {
         std::uint8_t* pixels = rgba + 4 * done;
-        decodeAhead(pixels, kChunk, t.decode, chunk);
+        decodeAhead(pixels, kChunk, table, chunk);
         for (std::size_t i = 0; i < 4 * kChunk; i += n)
-            encoded(matrix(hn::Load(df, chunk + i)), t, pixels + i);
+            encoded(matrix(hn::Load(df, chunk + i)), pixels + i);
     }
     return done;
 }
 
 #else
 // Without vectors every pixel goes the caller's way.
-std::size_t Decode(const std::uint8_t*, std::size_t, const Tables&, float*) { return 0; }
-std::size_t DecodeUnits(const std::uint8_t*, std::size_t, const Tables&, std::uint16_t*) { return 0; }
-std::size_t Encode(const float*, std::size_t, const Tables&, std::uint8_t*) { return 0; }
-std::size_t EncodeSums(const std::uint32_t*, float, std::size_t, const Tables&, std::uint8_t*) { return 0; }
+std::size_t Encode(const float*, std::size_t, std::uint8_t*) { return 0; }
+std::size_t EncodeSums(const std::uint32_t*, float, std::size_t, std::uint8_t*) { return 0; }
 std::size_t MapMatrix(const float*, float*, std::size_t) { return 0; }
-std::size_t MapMatrixBytes(const float*, const Tables&, std::uint8_t*, std::size_t) { return 0; }
+std::size_t MapMatrixBytes(const float*, const float*, std::uint8_t*, std::size_t) { return 0; }
 #endif
 
 } // namespace HWY_NAMESPACE
@@ -188,31 +180,19 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace kit::linearlightkernels {
 
-HWY_EXPORT(Decode);
-HWY_EXPORT(DecodeUnits);
 HWY_EXPORT(Encode);
 HWY_EXPORT(EncodeSums);
 HWY_EXPORT(MapMatrix);
 HWY_EXPORT(MapMatrixBytes);
 
-std::size_t decode(const std::uint8_t* pixels, std::size_t count, const Tables& t, float* out)
+std::size_t encode(const float* pixels, std::size_t count, std::uint8_t* out)
 {
-    return HWY_DYNAMIC_DISPATCH(Decode)(pixels, count, t, out);
+    return HWY_DYNAMIC_DISPATCH(Encode)(pixels, count, out);
 }
 
-std::size_t decodeUnits(const std::uint8_t* pixels, std::size_t count, const Tables& t, std::uint16_t* out)
+std::size_t encodeSums(const std::uint32_t* sums, float scale, std::size_t count, std::uint8_t* out)
 {
-    return HWY_DYNAMIC_DISPATCH(DecodeUnits)(pixels, count, t, out);
-}
-
-std::size_t encode(const float* pixels, std::size_t count, const Tables& t, std::uint8_t* out)
-{
-    return HWY_DYNAMIC_DISPATCH(Encode)(pixels, count, t, out);
-}
-
-std::size_t encodeSums(const std::uint32_t* sums, float scale, std::size_t count, const Tables& t, std::uint8_t* out)
-{
-    return HWY_DYNAMIC_DISPATCH(EncodeSums)(sums, scale, count, t, out);
+    return HWY_DYNAMIC_DISPATCH(EncodeSums)(sums, scale, count, out);
 }
 
 std::size_t mapMatrix(const float m[9], float* rgba, std::size_t count)
@@ -220,9 +200,9 @@ std::size_t mapMatrix(const float m[9], float* rgba, std::size_t count)
     return HWY_DYNAMIC_DISPATCH(MapMatrix)(m, rgba, count);
 }
 
-std::size_t mapMatrixBytes(const float m[9], const Tables& t, std::uint8_t* rgba, std::size_t count)
+std::size_t mapMatrixBytes(const float m[9], const float* table, std::uint8_t* rgba, std::size_t count)
 {
-    return HWY_DYNAMIC_DISPATCH(MapMatrixBytes)(m, t, rgba, count);
+    return HWY_DYNAMIC_DISPATCH(MapMatrixBytes)(m, table, rgba, count);
 }
 
 } // namespace kit::linearlightkernels

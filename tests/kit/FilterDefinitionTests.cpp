@@ -336,6 +336,9 @@ std::vector<Case> cases()
         { "CIBoxBlur", {}, {}, convolve(uniformWeights(10, [](int, int) { return true; })), grown(10, 10) },
         { "CIBoxBlur", { { "inputRadius", 2.4 } }, {}, convolve(uniformWeights(2, [](int, int) { return true; })),
             grown(2, 2) },
+        // A window taller and wider than the picture.
+        { "CIBoxBlur", { { "inputRadius", 15 } }, {}, convolve(uniformWeights(15, [](int, int) { return true; })),
+            grown(15, 15) },
         { "CIDiscBlur", {}, {}, convolve(uniformWeights(8, [](int x, int y) { return x * x + y * y <= 64; })),
             grown(8, 8) },
         { "CIDiscBlur", { { "inputRadius", 3.5 } }, {},

@@ -1,0 +1,21 @@
+// BandBlurKernels: the passes of the box and small Gaussian blurs that run a band of rows at a
+// time, one build per SIMD target.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace kit::bandblurkernels {
+
+/// sums[i] += entering[i] - leaving[i] over `count` values (leaving may be null: nothing leaves).
+void slideColumns(std::uint32_t* sums, const std::uint16_t* entering, const std::uint16_t* leaving, std::size_t count);
+/// out[i] = sum over t < window of columns[i + t], per channel of RGBA pixels: `count` pixels
+/// out of count + window - 1.
+void slideRow(const std::uint32_t* columns, std::size_t window, std::size_t count, std::uint32_t* out);
+/// out[i] = sum over k of weights[k] x rows[k][i], for `taps` rows of `count` floats.
+void weighRows(const float* const* rows, const float* weights, std::size_t taps, std::size_t count, float* out);
+/// out[i] = sum over k of weights[k] x in[i + k], per channel of RGBA pixels: `count` pixels
+/// out of count + taps - 1.
+void weighColumns(const float* in, const float* weights, std::size_t taps, std::size_t count, float* out);
+
+} // namespace kit::bandblurkernels
