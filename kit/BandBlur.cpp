@@ -5,22 +5,45 @@
 #include "kit/LinearLight.h"
 #include "kit/ScratchBlock.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace kit {
 
 namespace {
 
-// Reads the sRGB bytes of the image's row whose bottom edge is at y over the columns
-// x .. x + width into `bytes`, transparent black outside the image; false for a row wholly
-// outside it, with nothing read.
-bool readRow(const CIImage& input, long long x, long long y, long long width, std::uint8_t* bytes)
+// The sRGB bytes of the image's row whose bottom edge is at y over the columns x .. x + width,
+// transparent black outside the image: in place where the image's own bytes are that row,
+// otherwise drawn into `bytes`. Null for a row wholly outside the image, with nothing read.
+const std::uint8_t* readRow(const CIImage& input, long long x, long long y, long long width, std::uint8_t* bytes)
 {
     static const RefPtr<ColorSpace> srgb = ColorSpace::createSRGB();
     const PixelArea source = PixelArea::enclosing(input.extent());
     if (y < source.y || y >= source.maxY())
-        return false;
-    return input.drawArea(int(x), int(y), int(width), 1, bytes, std::ptrdiff_t(width * 4), true, srgb.get());
+        return nullptr;
+    if (x >= source.x && x + width <= source.maxX()) {
+        if (const std::uint8_t* pixels = input.bitmapPixel(x, y))
+            return pixels;
+    }
+    return input.drawArea(int(x), int(y), int(width), 1, bytes, std::ptrdiff_t(width * 4), true, srgb.get()) ? bytes
+                                                                                                          : nullptr;
+}
+
+// Draws the area in stripes of columns whose ring of `slots` rows of `pixelBytes` a pixel
+// stays within the second-level cache: a ring of whole rows of a wide picture did not, and
+// reading it back from further out cost more than the arithmetic.
+template <typename Draw>
+bool inStripes(const PixelArea& area, long long reach, long long slots, long long pixelBytes, std::uint8_t* rgba,
+               Draw draw)
+{
+    constexpr long long kRingBytes = 256 * 1024;
+    const long long stripe = std::max(64LL, kRingBytes / (slots * pixelBytes) - 2 * reach);
+    for (long long x = area.x; x < area.maxX(); x += stripe) {
+        const PixelArea part { x, area.y, std::min(stripe, area.maxX() - x), area.height };
+        if (!draw(part, rgba + (x - area.x) * 4))
+            return false;
+    }
+    return true;
 }
 
 } // namespace
@@ -31,6 +54,14 @@ bool BandBlur::drawBox(const CIImage& input, long long r, const PixelArea& area,
     const long long window = 2 * r + 1;
     if (window > kMaxBoxWindow || area.isEmpty())
         return false;
+    return inStripes(area, r, window + 1, 4 * sizeof(std::uint16_t), rgba,
+        [&](const PixelArea& part, std::uint8_t* out) { return drawBoxStripe(input, r, part, out, stride); });
+}
+
+bool BandBlur::drawBoxStripe(const CIImage& input, long long r, const PixelArea& area, std::uint8_t* rgba,
+                             std::ptrdiff_t stride)
+{
+    const long long window = 2 * r + 1;
     const long long x0 = area.x - r, width = area.width + 2 * r;
     const auto values = std::size_t(width * 4);
     // window + 1 rows, so that the row leaving the window is still there when its successor
@@ -45,8 +76,8 @@ bool BandBlur::drawBox(const CIImage& input, long long r, const PixelArea& area,
     // Source row k of the pass is the one whose bottom edge is r rows above the area's top row's.
     for (long long k = 0; k < area.height + window - 1; ++k) {
         std::uint16_t* entering = ring.as<std::uint16_t>() + std::size_t(k) % slots * values;
-        if (readRow(input, x0, area.maxY() - 1 + r - k, width, bytes.bytes()))
-            linearlight::decodeUnitsRow(bytes.bytes(), std::size_t(width), entering);
+        if (const std::uint8_t* row = readRow(input, x0, area.maxY() - 1 + r - k, width, bytes.bytes()))
+            linearlight::decodeUnitsRow(row, std::size_t(width), entering);
         else
             std::memset(entering, 0, values * sizeof(std::uint16_t));
         const std::uint16_t* leaving
@@ -65,31 +96,53 @@ bool BandBlur::drawBox(const CIImage& input, long long r, const PixelArea& area,
 bool BandBlur::drawWeighted(const CIImage& input, const std::vector<float>& weights, const PixelArea& area,
                             std::uint8_t* rgba, std::ptrdiff_t stride)
 {
-    const auto taps = (long long)weights.size(), reach = taps / 2;
+    const auto taps = (long long)weights.size();
     if (area.isEmpty() || taps % 2 == 0)
         return false;
+    return inStripes(area, taps / 2, taps + (long long)bandblurkernels::kRowsAtOnce - 1, 4 * sizeof(float), rgba,
+        [&](const PixelArea& part, std::uint8_t* out) { return drawWeightedStripe(input, weights, part, out, stride); });
+}
+
+bool BandBlur::drawWeightedStripe(const CIImage& input, const std::vector<float>& weights, const PixelArea& area,
+                                  std::uint8_t* rgba, std::ptrdiff_t stride)
+{
+    const auto taps = (long long)weights.size(), reach = taps / 2;
+    constexpr auto group = (long long)bandblurkernels::kRowsAtOnce;
     const long long x0 = area.x - reach, width = area.width + 2 * reach;
     const auto values = std::size_t(width * 4);
-    ScratchBlock bytes(values), ring(std::size_t(taps) * values * sizeof(float));
-    ScratchBlock down(values * sizeof(float)), across(std::size_t(area.width) * 4 * sizeof(float));
+    // The rows of one group of output rows; the next group keeps all but its first `group`.
+    const long long slots = taps + group - 1;
+    ScratchBlock bytes(values), ring(std::size_t(slots) * values * sizeof(float));
+    ScratchBlock down(std::size_t(group) * values * sizeof(float)), across(std::size_t(area.width) * 4 * sizeof(float));
     if (!bytes || !ring || !down || !across)
         return false;
-    std::vector<const float*> rows(static_cast<std::size_t>(taps));
-    for (long long k = 0; k < area.height + taps - 1; ++k) {
-        float* entering = ring.as<float>() + std::size_t(k % taps) * values;
-        if (readRow(input, x0, area.maxY() - 1 + reach - k, width, bytes.bytes()))
-            linearlight::decodeRow(bytes.bytes(), false, true, std::size_t(width), entering);
+    std::vector<const float*> rows(static_cast<std::size_t>(slots));
+    float* downRows[group];
+    for (long long j = 0; j < group; ++j)
+        downRows[j] = down.as<float>() + std::size_t(j) * values;
+    // Source row k is the one whose bottom edge is `reach` rows above the area's top row's.
+    auto decode = [&](long long k) {
+        float* row = ring.as<float>() + std::size_t(k % slots) * values;
+        if (const std::uint8_t* source = readRow(input, x0, area.maxY() - 1 + reach - k, width, bytes.bytes()))
+            linearlight::decodeRow(source, false, true, std::size_t(width), row);
         else
-            std::memset(entering, 0, values * sizeof(float));
-        if (k < taps - 1)
-            continue;
+            std::memset(row, 0, values * sizeof(float));
+    };
+    for (long long k = 0; k < slots - group; ++k)
+        decode(k);
+    for (long long first = 0; first < area.height; first += group) {
+        // Output rows first .. first + group - 1 read source rows first .. first + slots - 1.
+        for (long long k = first + slots - group; k < first + slots; ++k)
+            decode(k);
         // The kernel is symmetric: the rows may be taken top down.
-        for (long long t = 0; t < taps; ++t)
-            rows[std::size_t(t)] = ring.as<float>() + std::size_t((k - taps + 1 + t) % taps) * values;
-        bandblurkernels::weighRows(rows.data(), weights.data(), std::size_t(taps), values, down.as<float>());
-        bandblurkernels::weighColumns(
-            down.as<float>(), weights.data(), std::size_t(taps), std::size_t(area.width), across.as<float>());
-        linearlight::encodeRow(across.as<float>(), true, std::size_t(area.width), rgba + (k - taps + 1) * stride);
+        for (long long t = 0; t < slots; ++t)
+            rows[std::size_t(t)] = ring.as<float>() + std::size_t((first + t) % slots) * values;
+        bandblurkernels::weighRows(rows.data(), weights.data(), std::size_t(taps), values, downRows);
+        for (long long j = 0; j < group && first + j < area.height; ++j) {
+            bandblurkernels::weighColumns(
+                downRows[j], weights.data(), std::size_t(taps), std::size_t(area.width), across.as<float>());
+            linearlight::encodeRow(across.as<float>(), true, std::size_t(area.width), rgba + (first + j) * stride);
+        }
     }
     return true;
 }

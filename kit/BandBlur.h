@@ -30,6 +30,12 @@ public:
     /// and then rows.
     static bool drawWeighted(const CIImage& input, const std::vector<float>& weights, const PixelArea& area,
                              std::uint8_t* rgba, std::ptrdiff_t stride);
+
+private:
+    static bool drawBoxStripe(const CIImage& input, long long r, const PixelArea& area, std::uint8_t* rgba,
+                              std::ptrdiff_t stride);
+    static bool drawWeightedStripe(const CIImage& input, const std::vector<float>& weights, const PixelArea& area,
+                                   std::uint8_t* rgba, std::ptrdiff_t stride);
 };
 
 } // namespace kit

@@ -57,23 +57,33 @@ void SlideRow(const std::uint32_t* columns, std::size_t window, std::size_t coun
     }
 }
 
-void WeighRows(const float* const* rows, const float* weights, std::size_t taps, std::size_t count, float* out)
+void WeighRows(const float* const* rows, const float* weights, std::size_t taps, std::size_t count, float* const* out)
 {
+    // Four output rows at once, so that each row read serves up to four of them: the rows
+    // come from the second-level cache, and reading them once an output row was the cost.
     const hn::ScalableTag<float> d;
     const std::size_t n = hn::Lanes(d);
     std::size_t i = 0;
     for (; i + n <= count; i += n) {
-        auto sum = hn::Mul(hn::Set(d, weights[0]), hn::LoadU(d, rows[0] + i));
-        for (std::size_t k = 1; k < taps; ++k)
-            sum = hn::MulAdd(hn::Set(d, weights[k]), hn::LoadU(d, rows[k] + i), sum);
-        hn::StoreU(sum, d, out + i);
+        hn::Vec<decltype(d)> sums[kRowsAtOnce];
+        for (auto& sum : sums)
+            sum = hn::Zero(d);
+        for (std::size_t k = 0; k < taps + kRowsAtOnce - 1; ++k) {
+            const auto v = hn::LoadU(d, rows[k] + i);
+            for (std::size_t j = 0; j < kRowsAtOnce; ++j)
+                if (k >= j && k - j < taps)
+                    sums[j] = hn::MulAdd(hn::Set(d, weights[k - j]), v, sums[j]);
+        }
+        for (std::size_t j = 0; j < kRowsAtOnce; ++j)
+            hn::StoreU(sums[j], d, out[j] + i);
     }
-    for (; i < count; ++i) {
-        float sum = 0;
-        for (std::size_t k = 0; k < taps; ++k)
-            sum += weights[k] * rows[k][i];
-        out[i] = sum;
-    }
+    for (; i < count; ++i)
+        for (std::size_t j = 0; j < kRowsAtOnce; ++j) {
+            float sum = 0;
+            for (std::size_t k = 0; k < taps; ++k)
+                sum += weights[k] * rows[j + k][i];
+            out[j][i] = sum;
+        }
 }
 
 void WeighColumns(const float* in, const float* weights, std::size_t taps, std::size_t count, float* out)
@@ -122,7 +132,7 @@ void slideRow(const std::uint32_t* columns, std::size_t window, std::size_t coun
     HWY_DYNAMIC_DISPATCH(SlideRow)(columns, window, count, out);
 }
 
-void weighRows(const float* const* rows, const float* weights, std::size_t taps, std::size_t count, float* out)
+void weighRows(const float* const* rows, const float* weights, std::size_t taps, std::size_t count, float* const* out)
 {
     HWY_DYNAMIC_DISPATCH(WeighRows)(rows, weights, taps, count, out);
 }

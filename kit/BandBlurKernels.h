@@ -12,8 +12,11 @@ void slideColumns(std::uint32_t* sums, const std::uint16_t* entering, const std:
 /// out[i] = sum over t < window of columns[i + t], per channel of RGBA pixels: `count` pixels
 /// out of count + window - 1.
 void slideRow(const std::uint32_t* columns, std::size_t window, std::size_t count, std::uint32_t* out);
-/// out[i] = sum over k of weights[k] x rows[k][i], for `taps` rows of `count` floats.
-void weighRows(const float* const* rows, const float* weights, std::size_t taps, std::size_t count, float* out);
+/// Output rows weighRows makes at once.
+constexpr std::size_t kRowsAtOnce = 4;
+/// out[j][i] = sum over k of weights[k] x rows[j + k][i] for j below kRowsAtOnce, over `count`
+/// floats; `rows` holds taps + kRowsAtOnce - 1 rows.
+void weighRows(const float* const* rows, const float* weights, std::size_t taps, std::size_t count, float* const* out);
 /// out[i] = sum over k of weights[k] x in[i + k], per channel of RGBA pixels: `count` pixels
 /// out of count + taps - 1.
 void weighColumns(const float* in, const float* weights, std::size_t taps, std::size_t count, float* out);

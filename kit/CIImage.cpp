@@ -193,6 +193,17 @@ RefPtr<CIImage> CIImage::imageByCroppingToRect(Rect rect) const
     return imageWithRecipe(adoptRef(new CropRecipe(std::move(self), intersection(m_extent, rect))));
 }
 
+const std::uint8_t* CIImage::bitmapPixel(long long x, long long y) const
+{
+    if (m_kind != Kind::Bitmap || m_format != CIFormatRGBA8)
+        return nullptr;
+    const auto width = (long long)m_extent.width(), height = (long long)m_extent.height();
+    if (x < 0 || y < 0 || x >= width || y >= height)
+        return nullptr;
+    const auto memoryRow = (long long)flippedY(double(y + 1), double(height));
+    return m_data->bytes() + std::size_t(memoryRow) * m_bytesPerRow + std::size_t(x) * 4;
+}
+
 bool CIImage::renderArea(const PixelArea& area, const FloatPixels& out) const
 {
     if (area.isEmpty())

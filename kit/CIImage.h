@@ -46,6 +46,9 @@ public:
     Rect placementExtent() const { return m_recipe ? m_recipe->placementExtent() : m_extent; }
     /// True for bitmap data that draws into memory of the given encoding byte for byte.
     bool isBitmapEncoded(bool srgb) const { return m_kind == Kind::Bitmap && m_srgb == srgb; }
+    /// For R, G, B, A bitmap data, its pixel (x, y) of drawing space, the first of the row's
+    /// pixels from there on; null for other images and pixels outside the extent.
+    const std::uint8_t* bitmapPixel(long long x, long long y) const;
     /// See ImageRecipe::rendersRowsAlone; bitmaps do.
     bool rendersRowsAlone() const { return m_recipe ? m_recipe->rendersRowsAlone() : m_kind == Kind::Bitmap; }
 

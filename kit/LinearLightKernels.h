@@ -11,7 +11,7 @@ namespace kit::linearlightkernels {
 // caller finishes the rest one pixel at a time. Pixels are R, G, B, A.
 
 /// Premultiplied linear floats to premultiplied 8-bit sRGB, rounded as linearlight::encodeRow
-/// rounds, the curve within 1e-5.
+/// rounds, the encoded value within 0.05 of an 8-bit step of the exact curve.
 std::size_t encode(const float* pixels, std::size_t count, std::uint8_t* out);
 /// The same for values that are `sums` x `scale` (sums below 2^31).
 std::size_t encodeSums(const std::uint32_t* sums, float scale, std::size_t count, std::uint8_t* out);

@@ -410,6 +410,31 @@ TEST(CIFilter, ChannelMapsOverBitmapBytesDrawTheBytesOfTheFloatPath)
     }
 }
 
+TEST(CIFilter, FiltersThatDrawBitmapBytesDirectlyAgreeWithTheFloatPath)
+{
+    // The blurs read a bitmap a band of rows at a time, in stripes of columns, from its own
+    // bytes where a row lies inside it, and the colour matrices go byte to byte; over the
+    // bitmap cropped to itself every one of them runs in floats. A picture wider than a stripe
+    // puts seams and edges inside it.
+    const int w = 1700, h = 9;
+    const auto rgba = testImage(w, h, Paint::Colours, 5);
+    auto picture = srgbImage(rgba, w, h);
+    const std::vector<std::pair<const char*, std::pair<const char*, double>>> filters = {
+        { "CIBoxBlur", { "inputRadius", 15 } }, { "CIGaussianBlur", { "inputRadius", 2 } },
+        { "CIHueAdjust", { "inputAngle", 2 } }, { "CISepiaTone", { "inputIntensity", 0.7 } } };
+    for (const auto& [name, setting] : filters) {
+        std::vector<std::uint8_t> drawn[2];
+        for (int way = 0; way < 2; ++way) {
+            auto filter = kit::CIFilter::filterWithName(name);
+            filter->setValueForKey(way ? picture->imageByCroppingToRect(picture->extent()) : picture, "inputImage");
+            filter->setValueForKey(setting.second, setting.first);
+            drawn[way] = drawnInto(*filter->outputImage(), w, h, true);
+        }
+        for (std::size_t i = 0; i < drawn[0].size(); ++i)
+            ASSERT_NEAR(drawn[0][i], drawn[1][i], 1) << name << " byte " << i;
+    }
+}
+
 TEST(MemoryRecycler, HandsALargeGivenBackBlockToTheNextRequestOfAboutItsSize)
 {
     auto& recycler = kit::MemoryRecycler::shared();
