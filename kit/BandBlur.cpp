@@ -26,15 +26,15 @@ const std::uint8_t* readRow(const CIImage& input, long long x, long long y, long
             return pixels;
     }
     return input.drawArea(int(x), int(y), int(width), 1, bytes, std::ptrdiff_t(width * 4), true, srgb.get()) ? bytes
-                                                                                                          : nullptr;
+                                                                                                             : nullptr;
 }
 
 // Draws the area in stripes of columns whose ring of `slots` rows of `pixelBytes` a pixel
 // stays within the second-level cache: a ring of whole rows of a wide picture did not, and
 // reading it back from further out cost more than the arithmetic.
 template <typename Draw>
-bool inStripes(const PixelArea& area, long long reach, long long slots, long long pixelBytes, std::uint8_t* rgba,
-               Draw draw)
+bool inStripes(
+    const PixelArea& area, long long reach, long long slots, long long pixelBytes, std::uint8_t* rgba, Draw draw)
 {
     constexpr long long kRingBytes = 256 * 1024;
     const long long stripe = std::max(64LL, kRingBytes / (slots * pixelBytes) - 2 * reach);
@@ -48,8 +48,8 @@ bool inStripes(const PixelArea& area, long long reach, long long slots, long lon
 
 } // namespace
 
-bool BandBlur::drawBox(const CIImage& input, long long r, const PixelArea& area, std::uint8_t* rgba,
-                       std::ptrdiff_t stride)
+bool BandBlur::drawBox(
+    const CIImage& input, long long r, const PixelArea& area, std::uint8_t* rgba, std::ptrdiff_t stride)
 {
     const long long window = 2 * r + 1;
     if (window > kMaxBoxWindow || area.isEmpty())
@@ -58,8 +58,8 @@ bool BandBlur::drawBox(const CIImage& input, long long r, const PixelArea& area,
         [&](const PixelArea& part, std::uint8_t* out) { return drawBoxStripe(input, r, part, out, stride); });
 }
 
-bool BandBlur::drawBoxStripe(const CIImage& input, long long r, const PixelArea& area, std::uint8_t* rgba,
-                             std::ptrdiff_t stride)
+bool BandBlur::drawBoxStripe(
+    const CIImage& input, long long r, const PixelArea& area, std::uint8_t* rgba, std::ptrdiff_t stride)
 {
     const long long window = 2 * r + 1;
     const long long x0 = area.x - r, width = area.width + 2 * r;
@@ -94,17 +94,19 @@ bool BandBlur::drawBoxStripe(const CIImage& input, long long r, const PixelArea&
 }
 
 bool BandBlur::drawWeighted(const CIImage& input, const std::vector<float>& weights, const PixelArea& area,
-                            std::uint8_t* rgba, std::ptrdiff_t stride)
+    std::uint8_t* rgba, std::ptrdiff_t stride)
 {
     const auto taps = (long long)weights.size();
     if (area.isEmpty() || taps % 2 == 0)
         return false;
     return inStripes(area, taps / 2, taps + (long long)bandblurkernels::kRowsAtOnce - 1, 4 * sizeof(float), rgba,
-        [&](const PixelArea& part, std::uint8_t* out) { return drawWeightedStripe(input, weights, part, out, stride); });
+        [&](const PixelArea& part, std::uint8_t* out) {
+            return drawWeightedStripe(input, weights, part, out, stride);
+        });
 }
 
 bool BandBlur::drawWeightedStripe(const CIImage& input, const std::vector<float>& weights, const PixelArea& area,
-                                  std::uint8_t* rgba, std::ptrdiff_t stride)
+    std::uint8_t* rgba, std::ptrdiff_t stride)
 {
     const auto taps = (long long)weights.size(), reach = taps / 2;
     constexpr auto group = (long long)bandblurkernels::kRowsAtOnce;

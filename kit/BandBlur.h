@@ -24,18 +24,18 @@ public:
     /// The mean over the (2 r + 1)^2 box, from linear light in units of 1 / 65535: exact sums,
     /// so within 0.06 of an 8-bit step of the mean of the decoded image before rounding. False
     /// also when the window is wider than kMaxBoxWindow.
-    static bool drawBox(const CIImage& input, long long r, const PixelArea& area, std::uint8_t* rgba,
-                        std::ptrdiff_t stride);
+    static bool drawBox(
+        const CIImage& input, long long r, const PixelArea& area, std::uint8_t* rgba, std::ptrdiff_t stride);
     /// The separable kernel `weights` (an odd count, centred, symmetric) in float, along columns
     /// and then rows.
     static bool drawWeighted(const CIImage& input, const std::vector<float>& weights, const PixelArea& area,
-                             std::uint8_t* rgba, std::ptrdiff_t stride);
+        std::uint8_t* rgba, std::ptrdiff_t stride);
 
 private:
-    static bool drawBoxStripe(const CIImage& input, long long r, const PixelArea& area, std::uint8_t* rgba,
-                              std::ptrdiff_t stride);
+    static bool drawBoxStripe(
+        const CIImage& input, long long r, const PixelArea& area, std::uint8_t* rgba, std::ptrdiff_t stride);
     static bool drawWeightedStripe(const CIImage& input, const std::vector<float>& weights, const PixelArea& area,
-                                   std::uint8_t* rgba, std::ptrdiff_t stride);
+        std::uint8_t* rgba, std::ptrdiff_t stride);
 };
 
 } // namespace kit

@@ -3,6 +3,7 @@
 
 #include "kit/BandBlur.h"
 #include "kit/FloatBlurKernels.h"
+#include "kit/LinearLight.h"
 #include "kit/ScratchBlock.h"
 
 #include <algorithm>
@@ -37,14 +38,30 @@ GaussianBlurRecipe::GaussianBlurRecipe(RefPtr<CIImage> input, double sigma)
 
 bool GaussianBlurRecipe::drawBytes(const PixelArea& area, std::uint8_t* rgba, std::ptrdiff_t stride, bool srgb) const
 {
-    return srgb && !m_weights.empty() && m_input->isBitmapEncoded(true)
-        && BandBlur::drawWeighted(*m_input, m_weights, area, rgba, stride);
+    if (m_blur.isIdentity())
+        return false;
+    if (!m_weights.empty())
+        return srgb && m_input->isBitmapEncoded(true) && BandBlur::drawWeighted(*m_input, m_weights, area, rgba, stride);
+    // The recursion's own rows are encoded where they lie, with no copy of the area in floats.
+    return blurred(area, [&](const FloatPixels& pixels, long long top, long long left) {
+        for (long long r = 0; r < area.height; ++r)
+            linearlight::encodeRow(pixels.row(top + r) + left, srgb, std::size_t(area.width), rgba + r * stride);
+    });
 }
 
 bool GaussianBlurRecipe::render(const PixelArea& area, const FloatPixels& out) const
 {
     if (m_blur.isIdentity())
         return m_input->renderArea(area, out);
+    return blurred(area, [&](const FloatPixels& pixels, long long top, long long left) {
+        for (long long r = 0; r < area.height; ++r)
+            std::memcpy(out.row(r), pixels.row(top + r) + left, std::size_t(area.width) * 4 * sizeof(float));
+    });
+}
+
+bool GaussianBlurRecipe::blurred(
+    const PixelArea& area, const std::function<void(const FloatPixels&, long long, long long)>& take) const
+{
     // The input over the area and its reach, and only where the input has pixels; the blur
     // runs over that and the area, reading transparent black beyond the input.
     const auto reach = (long long)std::ceil(4 * m_blur.sigma()) + 2;
@@ -61,9 +78,7 @@ bool GaussianBlurRecipe::render(const PixelArea& area, const FloatPixels& out) c
     const GaussianBlur::Coefficients& c = m_blur.coefficients();
     floatblurkernels::blurRows(c, pixels, domain.width, domain.height, scratch.as<float>());
     floatblurkernels::blurColumns(c, pixels, domain.width, domain.height, scratch.as<float>());
-    const long long top = domain.maxY() - area.maxY(), left = (area.x - domain.x) * 4;
-    for (long long r = 0; r < area.height; ++r)
-        std::memcpy(out.row(r), pixels.row(top + r) + left, std::size_t(area.width) * 4 * sizeof(float));
+    take(pixels, domain.maxY() - area.maxY(), (area.x - domain.x) * 4);
     return true;
 }
 

@@ -5,6 +5,7 @@
 #include "kit/GaussianBlur.h"
 #include "kit/ImageRecipe.h"
 
+#include <functional>
 #include <vector>
 
 namespace kit {
@@ -21,12 +22,17 @@ public:
     Rect placementExtent() const override { return isInfinite(m_extent) ? m_input->placementExtent() : m_extent; }
     bool render(const PixelArea& area, const FloatPixels& out) const override;
     /// Up to sigma kMaxDirectSigma, an sRGB bitmap drawn into sRGB memory takes the sampled
-    /// kernel out to ceil(4.5 sigma) directly, a band of rows at a time (BandBlur).
+    /// kernel out to ceil(4.5 sigma) directly, a band of rows at a time (BandBlur); above it
+    /// the recursion's rows are encoded in place.
     bool drawBytes(const PixelArea& area, std::uint8_t* rgba, std::ptrdiff_t stride, bool srgb) const override;
 
     static constexpr double kMaxDirectSigma = 3;
 
 private:
+    // Blurs the input over the area and its reach and hands `take` the floats, with the row and
+    // float where the area starts in them.
+    bool blurred(const PixelArea& area, const std::function<void(const FloatPixels&, long long, long long)>& take) const;
+
     RefPtr<CIImage> m_input;
     GaussianBlur m_blur;
     std::vector<float> m_weights; // the direct kernel, empty above kMaxDirectSigma

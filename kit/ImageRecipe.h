@@ -48,8 +48,9 @@ public:
     /// the inputs, or an edge one): such an image is drawn a band of rows at a time, in cache.
     virtual bool rendersRowsAlone() const { return false; }
     /// Draws an area within the extent straight into 8-bit memory (sRGB-encoded or not),
-    /// replacing it, where that gives exactly the bytes the float path would. False, with
-    /// nothing drawn, where it cannot.
+    /// replacing it, where that gives the bytes the float path would: exactly for byte tables,
+    /// within one 8-bit step for the band blurs and colour matrices. False, with nothing drawn,
+    /// where it cannot.
     virtual bool drawBytes(const PixelArea&, std::uint8_t*, std::ptrdiff_t, bool) const { return false; }
     /// False, with the pixels undefined, when scratch memory cannot be had or the area is too
     /// large to render.

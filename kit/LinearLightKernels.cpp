@@ -7,7 +7,6 @@
 
 #include "kit/LinearLightKernels.h"
 
-
 HWY_BEFORE_NAMESPACE();
 namespace kit::linearlightkernels {
 namespace HWY_NAMESPACE {
@@ -67,7 +66,8 @@ HWY_INLINE void encoded(hn::Vec<DF> p, std::uint8_t* out)
     // Colour over alpha; a transparent pixel's (0 / 0) only has to stay finite. Division and
     // square roots of whole vectors are slow: estimates within 2^-14 take their place, which
     // moves the encoded value by at most 0.03 of a step.
-    const auto u = hn::Min(hn::Mul(hn::Max(zero, hn::Min(p, a)), hn::ApproximateReciprocal(hn::IfThenElse(transparent, one, a))), one);
+    const auto u = hn::Min(
+        hn::Mul(hn::Max(zero, hn::Min(p, a)), hn::ApproximateReciprocal(hn::IfThenElse(transparent, one, a))), one);
     const auto z = hn::MulAdd(fourthRoot(u), hn::Set(df, 2.6196699f), hn::Set(df, -1.6196699f));
     auto curve = hn::Set(df, -0.00050867820f);
     for (float c : { 0.0016719262f, -0.0068371533f, 0.10015047f, 0.48712370f, 0.41839564f })
@@ -107,7 +107,8 @@ std::size_t EncodeSums(const std::uint32_t* sums, float scale, std::size_t count
 // the matrix's columns, alpha kept.
 class Matrix {
 public:
-    explicit Matrix(const float m[9]) : m_alpha(hn::RebindMask(DF(), alphaLanes()))
+    explicit Matrix(const float m[9])
+        : m_alpha(hn::RebindMask(DF(), alphaLanes()))
     {
         HWY_ALIGN const float columns[3][4]
             = { { m[0], m[3], m[6], 0 }, { m[1], m[4], m[7], 0 }, { m[2], m[5], m[8], 0 } };
