@@ -21,13 +21,18 @@ bool PngReader::read(const std::string& path)
         m_problem = "cannot open it";
         return false;
     }
-    if (!decode(file.get(), Pass::Check))
+    return read(file.get());
+}
+
+bool PngReader::read(std::FILE* file)
+{
+    if (!decode(file, Pass::Check))
         return false;
     if (!m_interlaced)
         return true;
     // The check pass kept nothing; the whole image is allocated only once it is known to decode.
-    std::rewind(file.get());
-    return decode(file.get(), Pass::Keep);
+    std::rewind(file);
+    return decode(file, Pass::Keep);
 }
 
 void PngReader::onError(png_structp png, png_const_charp message)

@@ -20,6 +20,8 @@ public:
 
     /// False with problem() saying why when the file is not a PNG this reader can use.
     bool read(const std::string& path);
+    /// The same from an open file, read from its start.
+    bool read(std::FILE* file);
 
     std::uint32_t width() const { return m_width; }
     std::uint32_t height() const { return m_height; }

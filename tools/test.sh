@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs what is missing, then builds and runs every test twice: a normal build, and one with
-# AddressSanitizer and UndefinedBehaviorSanitizer that stops at the first report.
+# AddressSanitizer and UndefinedBehaviorSanitizer that stops at the first report; then fuzzes
+# every fuzz target from its seed corpus for half a minute.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 cd "$root"
@@ -15,3 +16,6 @@ tools/build.sh build-asan -DQUILLMARK_SANITIZE=ON -DCMAKE_BUILD_TYPE=Debug
 export ASAN_OPTIONS=abort_on_error=1:detect_leaks=1
 export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
 (cd build-asan && ctest --output-on-failure)
+
+echo "== fuzzing (clang, from fuzz/corpus/)"
+tools/fuzz.sh
