@@ -1,6 +1,7 @@
 // BitmapContext: path bookkeeping, the flip into memory rows and span painting.
 #include "kit/BitmapContext.h"
 
+#include "kit/FeatheredFill.h"
 #include "kit/Flip.h"
 #include "kit/GaussianBlur.h"
 #include "kit/MemoryRecycler.h"
@@ -166,6 +167,42 @@ void BitmapContext::clearAndFillPath()
             for (int c = 0; c < 4; ++c)
                 restPixel[c] = std::uint8_t(divideBy255(colour[c] * unsigned(rest)));
             fillPixels(line + std::size_t(x1) * 4, std::size_t(m_width - x1), restPixel);
+            nextRow = row + 1;
+        });
+    clearRowsUpTo(m_height);
+}
+
+bool BitmapContext::clearAndFillPathBlurred(double sigma)
+{
+    if (m_bytesPerRow != std::size_t(m_width) * 4) {
+        beginPath();
+        return false;
+    }
+    FeatheredFill feathered(m_data, m_width, m_height, sigma);
+    writeCoverage(feathered.coverage());
+    std::uint8_t colour[4];
+    std::memcpy(colour, &m_fillPixel, 4);
+    return feathered.finish(colour);
+}
+
+// The current path's coverage, one byte a pixel, rows width bytes apart; empties the path.
+void BitmapContext::writeCoverage(std::uint8_t* plane)
+{
+    addToRasterizer(*m_path);
+    beginPath();
+    const std::size_t width = std::size_t(m_width);
+    int nextRow = 0;
+    auto clearRowsUpTo = [&](int end) {
+        for (; nextRow < end; ++nextRow)
+            std::memset(plane + std::size_t(nextRow) * width, 0, width);
+    };
+    m_rasterizer.rasterize(FillRule::NonZero, antialiasing(),
+        [&](int row, int x0, int x1, const std::uint8_t* coverage, std::uint8_t rest) {
+            clearRowsUpTo(row);
+            std::uint8_t* line = plane + std::size_t(row) * width;
+            std::memset(line, 0, std::size_t(x0));
+            std::memcpy(line + x0, coverage, std::size_t(x1 - x0));
+            std::memset(line + x1, rest, std::size_t(m_width - x1));
             nextRow = row + 1;
         });
     clearRowsUpTo(m_height);

@@ -70,6 +70,13 @@ public:
     /// in one pass: the same pixels as clearRect over everything followed by fillPath, each
     /// written once and none read. Empties the path.
     void clearAndFillPath();
+    /// Clears the whole bitmap and fills the current path (non-zero rule) with the fill colour
+    /// blurred by a Gaussian of standard deviation `sigma` that reads transparent black outside
+    /// the bitmap: clearAndFillPath followed by that blur, within a fraction of an 8-bit step.
+    /// It works in the bitmap's own memory, so the rows must be width x 4 bytes apart. False
+    /// when they are not or working memory cannot be had; the pixels then hold nothing of use.
+    /// Empties the path.
+    bool clearAndFillPathBlurred(double sigma);
     void fillRect(const Rect& rect);
     void fillEllipseInRect(const Rect& rect);
     /// Makes the rectangle's pixels transparent black (partly, on antialiased edges).
@@ -90,6 +97,7 @@ private:
     };
     void fill(const MutablePath& path, FillRule rule, Paint paint);
     void addToRasterizer(const MutablePath& path);
+    void writeCoverage(std::uint8_t* plane);
     void paintSpan(int row, int x0, int x1, std::uint8_t cover, Paint paint);
 
     std::uint8_t* m_data;

@@ -2,7 +2,7 @@
 #include "kit/GaussianBlur.h"
 
 #include "kit/GaussianBlurKernels.h"
-#include "kit/MemoryRecycler.h"
+#include "kit/ScratchBlock.h"
 
 #include <algorithm>
 #include <cmath>
@@ -105,20 +105,6 @@ struct SpanPixels {
 
 std::size_t roundUp(std::size_t value, std::size_t step) { return (value + step - 1) / step * step; }
 
-// A recycled block that goes back when the pass is over.
-class Scratch {
-public:
-    explicit Scratch(std::size_t bytes) : m_memory(MemoryRecycler::shared().allocate(bytes)) {}
-    ~Scratch() { MemoryRecycler::shared().release(m_memory); }
-    Scratch(const Scratch&) = delete;
-    Scratch& operator=(const Scratch&) = delete;
-    template <typename T> T* as() const { return static_cast<T*>(m_memory); }
-    explicit operator bool() const { return m_memory != nullptr; }
-
-private:
-    void* m_memory;
-};
-
 } // namespace
 
 GaussianBlur::GaussianBlur(double sigma) : m_sigma(sigma)
@@ -165,8 +151,17 @@ void GaussianBlur::blurSpan(double from, double to, int length, float* out) cons
     }
 }
 
+std::size_t GaussianBlur::planeStride(int width) { return roundUp(std::size_t(width), blurkernels::lanes()); }
+
+std::size_t GaussianBlur::stripBytes(int width, int height)
+{
+    return planeStride(width) * roundUp(std::size_t(height), blurkernels::lanes()) * sizeof(std::uint16_t);
+}
+
+std::size_t GaussianBlur::planeBytes(int width, int height) { return planeStride(width) * std::size_t(height); }
+
 bool GaussianBlur::blurChannel(const BlurSource& source, int width, int height, const RowSink& sink,
-                               BlurSourceFacts* facts) const
+                               BlurSourceFacts* facts, const BlurWorkspace* workspace) const
 {
     if (width <= 0 || height <= 0)
         return false;
@@ -176,23 +171,44 @@ bool GaussianBlur::blurChannel(const BlurSource& source, int width, int height, 
     const std::size_t longest = std::max(paddedWidth, paddedHeight);
     if (paddedWidth > std::numeric_limits<std::size_t>::max() / 2 / paddedHeight)
         return false;
-    Scratch strips(paddedWidth * paddedHeight * sizeof(std::uint16_t));
-    Scratch steps(2 * longest * lanes * sizeof(float));
-    Scratch plane(paddedWidth * std::size_t(height));
-    if (!strips || !steps || !plane)
+    const bool lent = workspace != nullptr;
+    ScratchBlock strips(lent ? 0 : paddedWidth * paddedHeight * sizeof(std::uint16_t));
+    ScratchBlock steps(2 * longest * lanes * sizeof(float));
+    ScratchBlock plane(lent ? 0 : paddedWidth * std::size_t(height));
+    if ((!lent && (!strips || !plane)) || !steps)
         return false;
+    auto* stripMemory = lent ? workspace->strips : strips.as<std::uint16_t>();
+    auto* planeMemory = lent ? workspace->plane : plane.as<std::uint8_t>();
 
     std::uint32_t mismatch[2] = { 0, 0 };
-    blurkernels::blurHorizontally(m_coefficients, source, paddedWidth, paddedHeight, strips.as<std::uint16_t>(),
-                                  steps.as<float>(), mismatch);
+    blurkernels::blurHorizontally(m_coefficients, source, paddedWidth, paddedHeight, stripMemory, steps.as<float>(),
+                                  mismatch);
     if (facts) {
         facts->othersEqualChannel = mismatch[0] == 0;
         facts->othersZero = mismatch[1] == 0;
     }
-    blurkernels::blurVertically(scaled(m_coefficients, 1.0f / 256), strips.as<std::uint16_t>(), paddedWidth,
-                                paddedHeight, std::size_t(height), steps.as<float>(), plane.as<std::uint8_t>(),
-                                paddedWidth);
-    sink(0, height, plane.as<std::uint8_t>(), std::ptrdiff_t(paddedWidth));
+    blurkernels::blurVertically(scaled(m_coefficients, 1.0f / 256), stripMemory, paddedWidth, paddedHeight,
+                                std::size_t(height), steps.as<float>(), planeMemory, paddedWidth);
+    sink(0, height, planeMemory, std::ptrdiff_t(paddedWidth));
+    return true;
+}
+
+bool GaussianBlur::blurChannelWide(const BlurSource& source, int width, int height, std::uint16_t* strips,
+                                   std::uint16_t* plane) const
+{
+    if (width <= 0 || height <= 0)
+        return false;
+    const std::size_t lanes = blurkernels::lanes();
+    const std::size_t paddedWidth = roundUp(std::size_t(width), lanes);
+    const std::size_t paddedHeight = roundUp(std::size_t(height), lanes);
+    ScratchBlock steps(2 * std::max(paddedWidth, paddedHeight) * lanes * sizeof(float));
+    if (!steps)
+        return false;
+    std::uint32_t mismatch[2] = { 0, 0 };
+    blurkernels::blurHorizontally(m_coefficients, source, paddedWidth, paddedHeight, strips, steps.as<float>(),
+                                  mismatch);
+    blurkernels::blurVerticallyWide(m_coefficients, strips, paddedWidth, paddedHeight, std::size_t(height),
+                                    steps.as<float>(), plane, paddedWidth);
     return true;
 }
 

@@ -9,6 +9,7 @@ namespace kit {
 
 /// One 8-bit channel of 32-bit pixels: `width` x `height` pixels, rows top first, `rowStride`
 /// bytes apart; the channel is bits `shift` .. `shift` + 7 of each little-endian pixel word.
+/// With `bytesPerPixel` 1 the source is a plane of single bytes instead (`shift` unused).
 /// (`x`, `y`) places the source's top-left pixel in the blurred area; outside the source the
 /// area reads transparent black.
 struct BlurSource {
@@ -19,6 +20,15 @@ struct BlurSource {
     int shift = 0;
     int x = 0;
     int y = 0;
+    int bytesPerPixel = 4;
+};
+
+/// Memory a caller lends a blur for its two large areas, so that a blur into memory the caller
+/// already holds costs no more: `strips` of GaussianBlur::stripBytes and `plane` of
+/// GaussianBlur::planeBytes, neither overlapping the other nor the source.
+struct BlurWorkspace {
+    std::uint16_t* strips = nullptr;
+    std::uint8_t* plane = nullptr;
 };
 
 /// What a blur learnt about the source's other three bytes while reading its channel.
@@ -49,8 +59,21 @@ public:
     /// Blurs one channel over an area of `width` x `height` pixels and hands the result to `sink`
     /// in bands of rows. `facts`, when given, is complete before the first band arrives. False,
     /// with no band delivered, when the area is empty or its scratch memory cannot be had.
+    /// With a `workspace` the bands come from its plane, rows planeStride(width) bytes apart.
     bool blurChannel(const BlurSource& source, int width, int height, const RowSink& sink,
-                     BlurSourceFacts* facts = nullptr) const;
+                     BlurSourceFacts* facts = nullptr, const BlurWorkspace* workspace = nullptr) const;
+
+    /// As blurChannel into a workspace, but the result keeps 256 per 8-bit step: 16-bit values
+    /// in `plane` (planeBytes x 2 bytes, rows planeStride apart), for callers that interpolate
+    /// it further before rounding.
+    bool blurChannelWide(const BlurSource& source, int width, int height, std::uint16_t* strips,
+                         std::uint16_t* plane) const;
+
+    /// The sizes of a workspace for a blurred area of `width` x `height` pixels, and the
+    /// distance between the rows of its plane.
+    static std::size_t stripBytes(int width, int height);
+    static std::size_t planeBytes(int width, int height);
+    static std::size_t planeStride(int width);
 
     /// The blur of one line of coverage, exactly (in double precision, rounded to float): pixel
     /// p of 0 .. length-1 holds the length of [from, to) within [p, p + 1), zero outside the

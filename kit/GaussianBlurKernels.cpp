@@ -196,6 +196,25 @@ struct ChannelReader {
     {
     }
 
+    // lanes() bytes of a plane's line from column sx on, zero outside the source.
+    HWY_INLINE V loadBytes(const std::uint8_t* line, std::ptrdiff_t sx, bool inside) const
+    {
+        const D d;
+        const DU du;
+        const hn::Rebind<std::uint8_t, D> d8;
+        const std::size_t n = hn::Lanes(d);
+        HWY_ALIGN std::uint8_t edge[kMaxLanes];
+        const std::uint8_t* bytes = line + sx;
+        if (!inside) {
+            for (std::size_t j = 0; j < n; ++j) {
+                const std::ptrdiff_t col = sx + std::ptrdiff_t(j);
+                edge[j] = col >= 0 && col < source.width ? line[col] : 0;
+            }
+            bytes = edge;
+        }
+        return hn::ConvertTo(d, hn::BitCast(hn::RebindToSigned<D>(), hn::PromoteTo(du, hn::LoadU(d8, bytes))));
+    }
+
     // The lanes x lanes pixels from (column, row) on, transposed: out[j] holds column + j.
     HWY_INLINE void loadBlock(std::ptrdiff_t row, std::ptrdiff_t column, V* out)
     {
@@ -210,6 +229,10 @@ struct ChannelReader {
             const std::ptrdiff_t sy = row + std::ptrdiff_t(r) - source.y;
             if (sy < 0 || sy >= source.height) {
                 out[r] = hn::Zero(d);
+                continue;
+            }
+            if (source.bytesPerPixel == 1) {
+                out[r] = loadBytes(source.pixels + sy * source.rowStride, sx, inside);
                 continue;
             }
             const auto* line = reinterpret_cast<const std::uint32_t*>(source.pixels + sy * source.rowStride);
@@ -273,15 +296,15 @@ void BlurHorizontally(const GaussianBlur::Coefficients& c, const BlurSource& sou
         mismatch[1] |= lanesOut[j];
 }
 
-void BlurVertically(const GaussianBlur::Coefficients& c, const std::uint16_t* strips, std::size_t paddedWidth,
-                    std::size_t paddedHeight, std::size_t height, float* scratch, std::uint8_t* plane,
-                    std::size_t planeStride)
+// The vertical pass, storing each finished row's values through store(row, column, vector).
+template <class Store>
+HWY_INLINE void verticalPass(const GaussianBlur::Coefficients& c, const std::uint16_t* strips, std::size_t paddedWidth,
+                             std::size_t paddedHeight, std::size_t height, float* scratch, Store&& store)
 {
     const D d;
     const hn::RebindToUnsigned<D> du;
     const hn::RebindToSigned<D> di;
     const hn::Rebind<std::uint16_t, D> d16;
-    const hn::Rebind<std::uint8_t, D> d8;
     const std::size_t n = hn::Lanes(d);
     const std::size_t band = n * kVectors;
     const FlushDenormals flush;
@@ -296,9 +319,29 @@ void BlurVertically(const GaussianBlur::Coefficients& c, const std::uint16_t* st
         causal(s, paddedHeight, load, scratch);
         anticausal<false>(s, paddedHeight, scratch, [&](std::size_t row, std::size_t v, V out) {
             if (row < height)
-                hn::StoreU(hn::DemoteTo(d8, hn::NearestInt(out)), d8, plane + row * planeStride + x0 + v * n);
+                store(row, x0 + v * n, out);
         });
     }
+}
+
+void BlurVertically(const GaussianBlur::Coefficients& c, const std::uint16_t* strips, std::size_t paddedWidth,
+                    std::size_t paddedHeight, std::size_t height, float* scratch, std::uint8_t* plane,
+                    std::size_t planeStride)
+{
+    const hn::Rebind<std::uint8_t, D> d8;
+    verticalPass(c, strips, paddedWidth, paddedHeight, height, scratch, [&](std::size_t row, std::size_t column, V out) {
+        hn::StoreU(hn::DemoteTo(d8, hn::NearestInt(out)), d8, plane + row * planeStride + column);
+    });
+}
+
+void BlurVerticallyWide(const GaussianBlur::Coefficients& c, const std::uint16_t* strips, std::size_t paddedWidth,
+                        std::size_t paddedHeight, std::size_t height, float* scratch, std::uint16_t* plane,
+                        std::size_t planeStride)
+{
+    const hn::Rebind<std::uint16_t, D> d16;
+    verticalPass(c, strips, paddedWidth, paddedHeight, height, scratch, [&](std::size_t row, std::size_t column, V out) {
+        hn::StoreU(hn::DemoteTo(d16, hn::NearestInt(out)), d16, plane + row * planeStride + column);
+    });
 }
 
 std::size_t Lanes() { return hn::Lanes(D()) * kVectors; }
@@ -312,9 +355,17 @@ namespace kit::blurkernels {
 
 HWY_EXPORT(BlurHorizontally);
 HWY_EXPORT(BlurVertically);
+HWY_EXPORT(BlurVerticallyWide);
 HWY_EXPORT(Lanes);
 
 std::size_t lanes() { return HWY_DYNAMIC_DISPATCH(Lanes)(); }
+
+void blurVerticallyWide(const GaussianBlur::Coefficients& c, const std::uint16_t* strips, std::size_t paddedWidth,
+                        std::size_t paddedHeight, std::size_t height, float* scratch, std::uint16_t* plane,
+                        std::size_t planeStride)
+{
+    HWY_DYNAMIC_DISPATCH(BlurVerticallyWide)(c, strips, paddedWidth, paddedHeight, height, scratch, plane, planeStride);
+}
 
 void blurHorizontally(const GaussianBlur::Coefficients& c, const BlurSource& source, std::size_t paddedWidth,
                       std::size_t paddedHeight, std::uint16_t* strips, float* scratch, std::uint32_t mismatch[2])

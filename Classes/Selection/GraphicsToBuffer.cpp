@@ -4,16 +4,12 @@
 #include "Classes/Selection/GraphicsToBufferInternals.h"
 #include "Classes/Selection/SelectionAssert.h"
 #include "kit/AffineTransform.h"
-#include "kit/CIContext.h"
-#include "kit/CIFilter.h"
 #include "kit/ColorSpace.h"
-#include "kit/Data.h"
 #include "kit/Flip.h"
 #include "kit/MemoryRecycler.h"
 #include "kit/MutablePath.h"
 
 #include <algorithm>
-#include <bit>
 #include <climits>
 #include <cmath>
 #include <cstdint>
@@ -88,23 +84,8 @@ void setFillColor(kit::BitmapContext& context, COLOR_STRUCT color)
     context.setRGBFillColor(color.r / 255.0f, color.g / 255.0f, color.b / 255.0f, color.a / 255.0f);
 }
 
-// Replaces the sharp shape by its blur: the image reads a copy, the buffer is cleared and the
-// blurred copy drawn back over exactly the buffer's rectangle, both in one pass.
-bool featherStep(kit::BitmapContext& context, const Layout& layout, float feather)
-{
-    auto [image, copy] = CICreateCIImage(context.data(), layout.width, layout.height, feather);
-    if (!image)
-        return false;
-    auto ciContext = kit::CIContext::contextWithCGContextOptions(&context, nullptr);
-    const kit::Rect whole(0, 0, float(layout.width), float(layout.height));
-    const bool drawn = ciContext->clearAndDrawImageInRectFromRect(image.get(), whole, whole);
-    image.clear();
-    kit::MemoryRecycler::shared().release(copy);
-    return drawn;
-}
-
-// Fills a fresh buffer with `draw`, which clears it too, and feathers it; hands it over only
-// when all went well.
+// Fills a fresh buffer with the current path of the context `draw` prepares, feathered by the
+// kit in the buffer's own memory; hands it over only when all went well.
 template <typename Draw>
 int rasterize(IMAGE_BUFFER& buffer, kit::Point& origin, const Layout& layout, float feather, Draw&& draw)
 {
@@ -113,7 +94,9 @@ int rasterize(IMAGE_BUFFER& buffer, kit::Point& origin, const Layout& layout, fl
         return kGraphicsToBufferNoContext;
     auto context = antialiasedContext(layout, data);
     draw(*context);
-    if (isFeathered(feather) && !featherStep(*context, layout, feather)) {
+    if (!isFeathered(feather))
+        context->clearAndFillPath();
+    else if (!context->clearAndFillPathBlurred(double(feather))) {
         kit::MemoryRecycler::shared().release(data);
         return kGraphicsToBufferNoContext;
     }
@@ -211,32 +194,6 @@ kit::RefPtr<kit::BitmapContext> MyCreateBitmapContext(int width, int height, uns
     return context;
 }
 
-std::pair<kit::RefPtr<kit::CIImage>, unsigned char*> CICreateCIImage(const unsigned char* bytes, int width, int height,
-                                                                     float radius)
-{
-    const std::size_t count = std::size_t(width) * std::size_t(height);
-    auto* copy = static_cast<unsigned char*>(kit::MemoryRecycler::shared().allocate(count * 4));
-    if (!copy)
-        return { nullptr, nullptr };
-    // R, G, B, A to A, R, G, B: each pixel's little-endian word rotated left by a byte.
-    for (std::size_t i = 0; i < count; ++i) {
-        std::uint32_t word;
-        std::memcpy(&word, bytes + 4 * i, 4);
-        word = std::rotl(word, 8);
-        std::memcpy(copy + 4 * i, &word, 4);
-    }
-    auto data = kit::Data::dataWithBytesNoCopy(copy, count * 4, false);
-    auto colorSpace = kit::ColorSpace::createDeviceRGB();
-    auto image = kit::CIImage::imageWithBitmapData(data, std::size_t(width) * 4, { float(width), float(height) },
-                                                   kit::CIFormatARGB8, colorSpace.get());
-    if (double(radius) < kFeatherThreshold)
-        return { image, copy };
-    auto filter = kit::CIFilter::filterWithName("CIGaussianBlur");
-    filter->setValueForKey(image, "inputImage");
-    filter->setValueForKey(double(radius), "inputRadius");
-    return { filter->imageForKey("outputImage"), copy };
-}
-
 int CreateImageBufferFromPolygon(IMAGE_BUFFER& buffer, kit::Point& origin, const kit::Point* vertices, int count,
                                  COLOR_STRUCT, bool, COLOR_STRUCT fillColor, float feather)
 {
@@ -256,7 +213,6 @@ int CreateImageBufferFromPolygon(IMAGE_BUFFER& buffer, kit::Point& origin, const
         context.beginPath();
         context.addPath(*path);
         setFillColor(context, fillColor);
-        context.clearAndFillPath();
     });
 }
 
@@ -282,7 +238,6 @@ int CreateImageBufferFromEllipse(IMAGE_BUFFER& buffer, kit::Point& origin, kit::
         setFillColor(context, fillColor);
         context.beginPath();
         context.addEllipseInRect(layerRectToDrawing(layout, rect));
-        context.clearAndFillPath();
     });
 }
 

@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <functional>
 #include <random>
 #include <vector>
 
@@ -562,6 +563,97 @@ TEST(BitmapContext, ABlurredBoxMatchesFillingAndBlurringThroughTheFilterWithinAS
             kit::CIImage::gaussianBlur(sharp, sigma).get(), kit::Rect(0, 0, 41, 29), kit::Rect(0, 0, 41, 29)));
         for (std::size_t i = 0; i < box.pixels.size(); ++i)
             ASSERT_NEAR(box.pixels[i], general.pixels[i], 1) << "byte " << i << " sigma " << sigma;
+    }
+}
+
+// The separable blur of a plane in double precision with the sampled Gaussian normalised over
+// all integers, zero outside the plane.
+std::vector<double> exactBlurredPlane(const std::vector<double>& plane, int w, int h, double sigma)
+{
+    const int reach = int(std::ceil(12 * sigma)) + 2;
+    double sum = 0;
+    for (int n = -reach; n <= reach; ++n)
+        sum += std::exp(-n * n / (2 * sigma * sigma));
+    std::vector<double> weight(std::size_t(2 * reach + 1));
+    for (int n = -reach; n <= reach; ++n)
+        weight[std::size_t(n + reach)] = std::exp(-n * n / (2 * sigma * sigma)) / sum;
+    auto pass = [&](const std::vector<double>& in, int along, int across, std::size_t step, std::size_t lineStep) {
+        std::vector<double> out(in.size(), 0);
+        for (int line = 0; line < across; ++line)
+            for (int i = 0; i < along; ++i) {
+                double value = 0;
+                for (int k = std::max(0, i - reach); k <= std::min(along - 1, i + reach); ++k)
+                    value += in[line * lineStep + std::size_t(k) * step] * weight[std::size_t(k - i + reach)];
+                out[line * lineStep + std::size_t(i) * step] = value;
+            }
+        return out;
+    };
+    return pass(pass(plane, w, h, 1, std::size_t(w)), h, w, std::size_t(w), 1);
+}
+
+TEST(BitmapContext, AFeatheredFillIsTheExactBlurOfTheSharpFillWithinAStep)
+{
+    struct Shape {
+        const char* name;
+        int width, height;
+        std::function<void(kit::BitmapContext&, float)> add; // with the margin to leave
+    };
+    auto star = [](kit::BitmapContext& c, float cx, float cy, float outer, float inner) {
+        for (int i = 0; i < 96; ++i) {
+            const double angle = i * M_PI / 48;
+            const float r = i % 2 ? inner : outer;
+            const float x = cx + r * float(std::cos(angle)), y = cy + r * float(std::sin(angle));
+            i == 0 ? c.moveToPoint(x, y) : c.addLineToPoint(x, y);
+        }
+        c.closePath();
+    };
+    // Sigmas from the identity through the full-size blur to every decimation step; the small
+    // bitmaps are too small to hold the blur's working memory in their own pixels.
+    const std::vector<double> sigmas = { 0.1, 2.5, 5, 10, 20, 40, 100 };
+    const std::vector<Shape> shapes = {
+        { "ellipse", 0, 0, [](kit::BitmapContext& c, float m) { c.addEllipseInRect(kit::Rect(m, m + 0.5f, 150.5f, 111.25f)); } },
+        { "star", 0, 0, [&](kit::BitmapContext& c, float m) { star(c, m + 80.25f, m + 80.5f, 80, 30); } },
+        { "small ellipse", 9, 7, [](kit::BitmapContext& c, float) { c.addEllipseInRect(kit::Rect(1.5f, 1.25f, 6, 4.5f)); } },
+    };
+    for (const Shape& shape : shapes)
+        for (double sigma : sigmas) {
+            // The rasteriser's margins: the shape starts 1 + sigma in and ends 2 + sigma before the end.
+            const int margin = int(sigma) + 3;
+            const int w = shape.width ? shape.width : 161 + 2 * margin, h = shape.height ? shape.height : 161 + 2 * margin;
+            Canvas sharp(w, h), soft(w, h);
+            for (Canvas* canvas : { &sharp, &soft }) {
+                canvas->context->setRGBFillColor(1, 1, 1, 1);
+                shape.add(*canvas->context, float(margin));
+            }
+            sharp.context->clearAndFillPath();
+            ASSERT_TRUE(soft.context->clearAndFillPathBlurred(sigma));
+            std::vector<double> coverage(std::size_t(w * h));
+            for (std::size_t i = 0; i < coverage.size(); ++i)
+                coverage[i] = sharp.pixels[4 * i + 3];
+            const auto exact = sigma < kit::GaussianBlur::kIdentityBelow ? coverage : exactBlurredPlane(coverage, w, h, sigma);
+            double worst = 0;
+            for (std::size_t i = 0; i < exact.size(); ++i) {
+                const std::uint8_t* p = &soft.pixels[4 * i];
+                ASSERT_TRUE(p[0] == p[3] && p[1] == p[3] && p[2] == p[3]) << "white stays grey";
+                worst = std::max(worst, std::fabs(p[3] - exact[i]));
+            }
+            EXPECT_LE(worst, 1.0) << shape.name << " sigma " << sigma;
+        }
+}
+
+TEST(BitmapContext, AFeatheredFillKeepsTheFillColourPremultiplied)
+{
+    for (double sigma : { 2.5, 20.0 }) {
+        Canvas grey(90, 70), colour(90, 70);
+        grey.context->setRGBFillColor(1, 1, 1, 1);
+        colour.context->setRGBFillColor(1, 0.5f, 0.25f, 0.5f); // premultiplied 128, 64, 32, 128
+        for (Canvas* canvas : { &grey, &colour }) {
+            canvas->context->addEllipseInRect(kit::Rect(20, 15, 50, 40));
+            ASSERT_TRUE(canvas->context->clearAndFillPathBlurred(sigma));
+        }
+        const double premultiplied[4] = { 128, 64, 32, 128 };
+        for (std::size_t i = 0; i < grey.pixels.size(); ++i)
+            ASSERT_NEAR(colour.pixels[i], premultiplied[i % 4] * grey.pixels[i - i % 4 + 3] / 255, 1) << i;
     }
 }
 

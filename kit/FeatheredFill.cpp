@@ -1,0 +1,198 @@
+// FeatheredFill: the blur of a coverage plane laid out inside the RGBA block it is written to.
+#include "kit/FeatheredFill.h"
+
+#include "kit/GaussianBlur.h"
+#include "kit/PixelKernels.h"
+#include "kit/ScratchBlock.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <vector>
+
+namespace kit {
+
+namespace {
+
+constexpr int kMaxStep = 16;
+// Bilinear interpolation between samples `step` apart stays within 0.2 of a step of the smooth
+// blur from this many steps per sigma on.
+constexpr double kSigmaPerStep = 4;
+
+// Writes each plane row as coloured RGBA over the block's rows, first row first. The row is
+// copied out before its pixels are written: a plane in the block's last quarter, or ending with
+// the block with rows no wider than four pixels' bytes, is then never written over unread.
+void writeRowsForward(const std::uint8_t* plane, std::ptrdiff_t stride, std::uint8_t* pixels, int width, int height,
+                      const std::uint8_t colour[4])
+{
+    std::vector<std::uint8_t> row(static_cast<std::size_t>(width));
+    for (int y = 0; y < height; ++y) {
+        std::memcpy(row.data(), plane + y * stride, row.size());
+        pixelkernels::writeCoverage(row.data(), colour, pixels + std::size_t(y) * std::size_t(width) * 4, row.size());
+    }
+}
+
+// The interpolation between samples `step` apart whose first is centred on pixel
+// (step - 1) / 2 - step, as the decimated grid's ring puts it: pixel x lies between samples
+// x / step + offset and the next, at `weight` of the way.
+struct Phase {
+    int offset;
+    float weight;
+};
+
+std::vector<Phase> phasesFor(int step)
+{
+    std::vector<Phase> phases(static_cast<std::size_t>(step));
+    for (int j = 0; j < step; ++j) {
+        const double u = (j + 0.5) / step + 0.5;
+        phases[std::size_t(j)] = { int(std::floor(u)), float(u - std::floor(u)) };
+    }
+    return phases;
+}
+
+// The block's mean coverage of each step x step square, zero beyond the plane.
+void decimate(const std::uint8_t* coverage, int width, int height, int step, std::uint8_t* out, int outWidth,
+              int outHeight)
+{
+    std::vector<std::uint32_t> sums(std::size_t(outWidth) * std::size_t(step), 0);
+    const std::uint32_t area = std::uint32_t(step) * std::uint32_t(step);
+    for (int j = 0; j < outHeight; ++j) {
+        std::fill(sums.begin(), sums.end(), 0u);
+        for (int r = j * step; r < std::min(height, (j + 1) * step); ++r) {
+            const std::uint8_t* line = coverage + std::size_t(r) * std::size_t(width);
+            for (int x = 0; x < width; ++x)
+                sums[std::size_t(x)] += line[x];
+        }
+        std::uint8_t* target = out + std::size_t(j) * std::size_t(outWidth);
+        for (int i = 0; i < outWidth; ++i) {
+            std::uint32_t sum = 0;
+            for (int k = 0; k < step; ++k)
+                sum += sums[std::size_t(i) * std::size_t(step) + std::size_t(k)];
+            target[i] = std::uint8_t((sum + area / 2) / area);
+        }
+    }
+}
+
+} // namespace
+
+FeatheredFill::FeatheredFill(std::uint8_t* pixels, int width, int height, double sigma)
+    : m_pixels(pixels), m_width(width), m_height(height), m_sigma(sigma)
+{
+}
+
+int FeatheredFill::decimationFor(double sigma)
+{
+    int step = 1;
+    while (step < kMaxStep && sigma >= kSigmaPerStep * step * 2)
+        step *= 2;
+    return step;
+}
+
+bool FeatheredFill::finish(const std::uint8_t colour[4])
+{
+    if (GaussianBlur(m_sigma).isIdentity())
+        return expandCoverage(colour);
+    const int step = decimationFor(m_sigma);
+    return step == 1 ? blurFullSize(colour) : blurDecimated(colour, step);
+}
+
+bool FeatheredFill::expandCoverage(const std::uint8_t colour[4])
+{
+    writeRowsForward(coverage(), m_width, m_pixels, m_width, m_height, colour);
+    return true;
+}
+
+bool FeatheredFill::blurFullSize(const std::uint8_t colour[4])
+{
+    // The strips go from the block's start and the blurred plane ends with it, over the
+    // coverage, which the first pass has read by then.
+    const std::size_t n = count();
+    const std::size_t stripBytes = GaussianBlur::stripBytes(m_width, m_height);
+    const std::size_t planeBytes = GaussianBlur::planeBytes(m_width, m_height);
+    const bool fits = stripBytes <= 3 * n && stripBytes + planeBytes <= 4 * n
+        && GaussianBlur::planeStride(m_width) <= std::size_t(m_width) * 4;
+    ScratchBlock spare(fits ? 0 : stripBytes + planeBytes);
+    if (!fits && !spare)
+        return false;
+    BlurWorkspace workspace;
+    workspace.strips = reinterpret_cast<std::uint16_t*>(fits ? m_pixels : spare.bytes());
+    workspace.plane = fits ? m_pixels + 4 * n - planeBytes : spare.bytes() + stripBytes;
+    BlurSource source;
+    source.pixels = coverage();
+    source.rowStride = m_width;
+    source.width = m_width;
+    source.height = m_height;
+    source.bytesPerPixel = 1;
+    const std::uint8_t* blurred = nullptr;
+    std::ptrdiff_t stride = 0;
+    const auto keep = [&](int, int, const std::uint8_t* rows, std::ptrdiff_t rowStride) {
+        blurred = rows;
+        stride = rowStride;
+    };
+    if (!GaussianBlur(m_sigma).blurChannel(source, m_width, m_height, keep, nullptr, &workspace))
+        return false;
+    writeRowsForward(blurred, stride, m_pixels, m_width, m_height, colour);
+    return true;
+}
+
+bool FeatheredFill::blurDecimated(const std::uint8_t colour[4], int step)
+{
+    // Samples of step x step squares, with a ring of one sample around them that the blur
+    // spreads into and the interpolation at the edges reads.
+    const int sampleWidth = (m_width + step - 1) / step, sampleHeight = (m_height + step - 1) / step;
+    const int areaWidth = sampleWidth + 2, areaHeight = sampleHeight + 2;
+    const std::size_t n = count();
+    const std::size_t sampleBytes = std::size_t(sampleWidth) * std::size_t(sampleHeight);
+    const std::size_t stripBytes = GaussianBlur::stripBytes(areaWidth, areaHeight);
+    const std::size_t planeBytes = 2 * GaussianBlur::planeBytes(areaWidth, areaHeight);
+    const std::size_t planeStride = GaussianBlur::planeStride(areaWidth);
+    const std::vector<Phase> phases = phasesFor(step);
+    // Output rows go last first; row y must not write over the plane rows that rows above it read.
+    auto firstSampleRow = [&](int y) { return y / step + phases[std::size_t(y % step)].offset; };
+    bool fits = sampleBytes <= n && stripBytes <= n && planeBytes <= n;
+    for (int y = 1; fits && y < m_height; ++y)
+        fits = (std::size_t(firstSampleRow(y - 1)) + 2) * planeStride * 2 <= std::size_t(y) * std::size_t(m_width) * 4;
+    ScratchBlock spare(fits ? 0 : sampleBytes + stripBytes + planeBytes);
+    if (!fits && !spare)
+        return false;
+    std::uint8_t* base = fits ? m_pixels : spare.bytes();
+    auto* plane = reinterpret_cast<std::uint16_t*>(base);
+    auto* strips = reinterpret_cast<std::uint16_t*>(fits ? base + n : base + planeBytes);
+    std::uint8_t* samples = fits ? base + 2 * n : base + planeBytes + stripBytes;
+
+    decimate(coverage(), m_width, m_height, step, samples, sampleWidth, sampleHeight);
+    BlurSource source;
+    source.pixels = samples;
+    source.rowStride = sampleWidth;
+    source.width = sampleWidth;
+    source.height = sampleHeight;
+    source.bytesPerPixel = 1;
+    source.x = 1;
+    source.y = 1;
+    // The box average and the interpolation add step^2 / 4 of variance between them.
+    const double sampleSigma = std::sqrt(m_sigma * m_sigma - step * step / 4.0) / step;
+    if (!GaussianBlur(sampleSigma).blurChannelWide(source, areaWidth, areaHeight, strips, plane))
+        return false;
+
+    std::vector<float> between(static_cast<std::size_t>(areaWidth));
+    std::vector<std::uint8_t> row(static_cast<std::size_t>(m_width));
+    for (int y = m_height; y-- > 0;) {
+        const Phase vertical = phases[std::size_t(y % step)];
+        const std::uint16_t* above = plane + std::size_t(firstSampleRow(y)) * planeStride;
+        const std::uint16_t* below = above + planeStride;
+        for (int i = 0; i < areaWidth; ++i)
+            between[std::size_t(i)] = (float(above[i]) + (float(below[i]) - float(above[i])) * vertical.weight) / 256;
+        for (int x0 = 0; x0 < m_width; x0 += step) {
+            for (int j = 0; j < std::min(step, m_width - x0); ++j) {
+                const Phase p = phases[std::size_t(j)];
+                const float left = between[std::size_t(x0 / step + p.offset)];
+                const float right = between[std::size_t(x0 / step + p.offset + 1)];
+                row[std::size_t(x0 + j)] = std::uint8_t(left + (right - left) * p.weight + 0.5f);
+            }
+        }
+        pixelkernels::writeCoverage(row.data(), colour, m_pixels + std::size_t(y) * std::size_t(m_width) * 4, row.size());
+    }
+    return true;
+}
+
+} // namespace kit
