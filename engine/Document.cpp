@@ -266,7 +266,7 @@ int Document::importImageData(int layer, const unsigned char* data, int width, i
         return refuse("image width and height must be positive");
     if (std::int64_t { width } * height > kMaxImportPixels)
         return refuse("image has more than " + std::to_string(kMaxImportPixels) + " pixels");
-    ImageImporter importer(*target, canvasRect(), [this, target](CellKey key) { m_undo.recordBefore(*target, key); });
+    ImageImporter importer(*target, canvasRect(), [this, target](CellKey key) { return m_undo.replaceCell(*target, key); });
     if (importer.import(data, width, height, x, y))
         changed();
     return 0;
@@ -288,8 +288,7 @@ int Document::deleteLayer(int layer, int reserved)
         return refuse("reserved argument must be 0");
     if (target->cellCount() == 0)
         return 0;
-    m_undo.recordAllCells(*target);
-    target->clear();
+    m_undo.takeAllCells(*target);
     changed();
     return 0;
 }

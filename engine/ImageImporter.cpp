@@ -2,22 +2,41 @@
 #include "engine/ImageImporter.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace engine {
 
 namespace {
 
-std::uint8_t* cellPixel(CellPixels& cell, const PixelRect& cellRect, std::int64_t x, std::int64_t y)
+// Bytes of a row the change does not reach: what the cell held, or transparent where it held nothing.
+void keep(std::uint8_t* target, const std::uint8_t* previous, std::size_t bytes)
 {
-    return cell.data() + (y - cellRect.top) * kCellRowBytes + (x - cellRect.left) * 4;
+    if (previous)
+        std::memcpy(target, previous, bytes);
+    else
+        std::memset(target, 0, bytes);
+}
+
+// Per pixel the one with the larger alpha, the previous one on a tie; nothing before reads as
+// transparent. `target` may be `previous`.
+void merge(std::uint8_t* target, const std::uint8_t* previous, const std::uint8_t* source, std::size_t count)
+{
+    for (std::size_t i = 0; i < count; ++i) {
+        std::uint32_t s, p = 0;
+        std::memcpy(&s, source + 4 * i, 4);
+        if (previous)
+            std::memcpy(&p, previous + 4 * i, 4);
+        const std::uint32_t kept = (s >> 24) > (p >> 24) ? s : p;
+        std::memcpy(target + 4 * i, &kept, 4);
+    }
 }
 
 } // namespace
 
-ImageImporter::ImageImporter(Layer& layer, const PixelRect& clip, BeforeChange beforeChange)
+ImageImporter::ImageImporter(Layer& layer, const PixelRect& clip, ReplaceCell replaceCell)
     : m_layer(layer)
     , m_clip(clip)
-    , m_beforeChange(std::move(beforeChange))
+    , m_replaceCell(std::move(replaceCell))
 {
 }
 
@@ -45,17 +64,28 @@ bool ImageImporter::importIntoCell(const Image& image, CellKey key, const PixelR
     PixelRect part = cellRect.intersected(area);
     if (part.isEmpty() || !wouldChange(image, m_layer.find(key), cellRect, part))
         return false;
-    m_beforeChange(key);
-    CellPixels& cell = m_layer.ensure(key);
-    for (std::int64_t y = part.top; y < part.bottom; ++y) {
-        for (std::int64_t x = part.left; x < part.right; ++x) {
-            const std::uint8_t* source = sourcePixel(image, x, y);
-            std::uint8_t* target = cellPixel(cell, cellRect, x, y);
-            if (source[3] > target[3])
-                std::copy(source, source + 4, target);
-        }
-    }
+    writeCell(image, m_replaceCell(key), cellRect, part);
     return true;
+}
+
+void ImageImporter::writeCell(const Image& image, const CellWrite& write, const PixelRect& cellRect, const PixelRect& part)
+{
+    const bool inPlace = write.cell == write.previous;
+    const std::size_t left = std::size_t(part.left - cellRect.left) * 4, right = std::size_t(part.right - cellRect.left) * 4;
+    for (std::int64_t y = cellRect.top; y < cellRect.bottom; ++y) {
+        std::uint8_t* target = write.cell->data() + (y - cellRect.top) * kCellRowBytes;
+        const std::uint8_t* previous = write.previous ? write.previous->data() + (y - cellRect.top) * kCellRowBytes : nullptr;
+        if (y < part.top || y >= part.bottom) {
+            if (!inPlace)
+                keep(target, previous, kCellRowBytes);
+            continue;
+        }
+        if (!inPlace) {
+            keep(target, previous, left);
+            keep(target + right, previous ? previous + right : nullptr, kCellRowBytes - right);
+        }
+        merge(target + left, previous ? previous + left : nullptr, sourcePixel(image, part.left, y), (right - left) / 4);
+    }
 }
 
 bool ImageImporter::wouldChange(

@@ -11,12 +11,13 @@ namespace engine {
 
 /// Keeping the larger alpha makes an import the union of the layer's selection and the image's.
 /// Only canvas pixels inside the clip are read or written, and cells that would not change are
-/// neither created nor announced to beforeChange.
+/// neither created nor handed to replaceCell. A cell that changes is written whole, once, into
+/// the cell replaceCell gives (see UndoHistory::replaceCell).
 class ImageImporter {
 public:
-    using BeforeChange = std::function<void(CellKey)>;
+    using ReplaceCell = std::function<CellWrite(CellKey)>;
 
-    ImageImporter(Layer& layer, const PixelRect& clip, BeforeChange beforeChange);
+    ImageImporter(Layer& layer, const PixelRect& clip, ReplaceCell replaceCell);
 
     /// Merges width x height premultiplied RGBA pixels whose top-left pixel goes to layer pixel
     /// (x, y). The caller has checked that the image is non-empty and of bounded size. Returns
@@ -31,13 +32,14 @@ private:
     };
 
     bool importIntoCell(const Image& image, CellKey key, const PixelRect& area);
+    static void writeCell(const Image& image, const CellWrite& write, const PixelRect& cellRect, const PixelRect& part);
     static bool wouldChange(
         const Image& image, const CellPixels* cell, const PixelRect& cellRect, const PixelRect& area);
     static const std::uint8_t* sourcePixel(const Image& image, std::int64_t x, std::int64_t y);
 
     Layer& m_layer;
     PixelRect m_clip;
-    BeforeChange m_beforeChange;
+    ReplaceCell m_replaceCell;
 };
 
 } // namespace engine

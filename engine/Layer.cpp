@@ -76,6 +76,25 @@ CellPixels& Layer::ensure(CellKey key)
     return *cell;
 }
 
+CellPixels& Layer::install(CellKey key)
+{
+    std::unique_ptr<CellPixels>& cell = m_cells[key];
+    if (!cell && !m_spare.empty()) {
+        cell = std::move(m_spare.back());
+        m_spare.pop_back();
+    }
+    if (!cell)
+        cell = std::make_unique_for_overwrite<CellPixels>();
+    return *cell;
+}
+
+Layer::CellMap Layer::takeAll()
+{
+    CellMap taken;
+    taken.swap(m_cells);
+    return taken;
+}
+
 std::unique_ptr<CellPixels> Layer::copyOf(CellKey key) const
 {
     const CellPixels* cell = find(key);

@@ -28,6 +28,13 @@ struct CellKey {
     auto operator<=>(const CellKey&) const = default;
 };
 
+/// A cell about to be written and what it held before the change: null for nothing, the cell
+/// itself when it is changed in place.
+struct CellWrite {
+    CellPixels* cell = nullptr;
+    const CellPixels* previous = nullptr;
+};
+
 /// A layer's pixels, stored only where cells were created.
 class Layer {
 public:
@@ -52,6 +59,11 @@ public:
     const CellPixels* find(CellKey key) const;
     /// The cell, created transparent if it did not exist. Its address stays put while it exists.
     CellPixels& ensure(CellKey key);
+    /// A cell for the caller to write whole where the layer has none: a spare one or fresh memory,
+    /// its bytes undefined, so that no pixel is written twice.
+    CellPixels& install(CellKey key);
+    /// Takes every cell out of the layer, which is left empty.
+    CellMap takeAll();
     /// A copy of the cell, or null when the cell does not exist.
     std::unique_ptr<CellPixels> copyOf(CellKey key) const;
     /// Takes the cell out of the layer (null when there is none), then puts `state` in its place

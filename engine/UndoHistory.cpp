@@ -37,6 +37,38 @@ void UndoHistory::recordAllCells(Layer& layer)
         recordBefore(layer, key);
 }
 
+void UndoHistory::takeAllCells(Layer& layer)
+{
+    if (!m_open)
+        m_open.emplace();
+    for (auto& [key, cell] : layer.takeAll()) {
+        auto [it, inserted] = m_open->try_emplace({ layer.id(), key });
+        if (!inserted) {
+            layer.recycle(std::move(cell));
+            continue;
+        }
+        it->second.layer = &layer;
+        it->second.key = key;
+        it->second.before = std::move(cell);
+    }
+}
+
+CellWrite UndoHistory::replaceCell(Layer& layer, CellKey key)
+{
+    if (!m_open)
+        m_open.emplace();
+    auto [it, inserted] = m_open->try_emplace({ layer.id(), key });
+    if (!inserted) {
+        if (CellPixels* cell = layer.find(key))
+            return { cell, cell };
+        return { &layer.install(key), nullptr };
+    }
+    it->second.layer = &layer;
+    it->second.key = key;
+    it->second.before = layer.exchange(key, nullptr);
+    return { &layer.install(key), it->second.before.get() };
+}
+
 bool UndoHistory::hasOpenStep() const { return m_open.has_value(); }
 
 // A missing cell and a transparent one look the same, so a step that only created empty cells

@@ -26,6 +26,14 @@ public:
     void recordBefore(Layer& layer, CellKey key);
     /// Saves the before-state of every cell the layer has.
     void recordAllCells(Layer& layer);
+    /// recordAllCells followed by emptying the layer, without a copy: the cells themselves move
+    /// into the open step (or back to the layer's spares where the step holds a state already).
+    void takeAllCells(Layer& layer);
+    /// Readies a cell for a change that writes all of it. Where the open step has no state for
+    /// it yet, the layer's cell moves into the step as its before-state and a cell of undefined
+    /// bytes takes its place; otherwise the cell is changed in place (one of undefined bytes
+    /// where there is none).
+    CellWrite replaceCell(Layer& layer, CellKey key);
     bool hasOpenStep() const;
     /// Closes the open step. A step that changed nothing is dropped; one that did is pushed and
     /// drops every redo step. Returns whether a step was pushed.
