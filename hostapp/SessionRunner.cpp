@@ -2,6 +2,7 @@
 #include "hostapp/SessionRunner.h"
 
 #include "engine/ActionLog.h"
+#include "engine/Document.h"
 #include "hostapp/HostPicture.h"
 #include "kit/AutoreleasePool.h"
 #include "kit/Cursor.h"
@@ -11,6 +12,9 @@
 #include "kit/RunLoop.h"
 
 #include <algorithm>
+#include <cmath>
+#include <iomanip>
+#include <sstream>
 
 namespace hostapp {
 
@@ -257,6 +261,17 @@ std::string unplayedReason(const SelectionEventRecord& record)
         return "brush and erase records replay as nothing";
     if (!(record.param2 == 0.0f || record.param2 == 1.0f || record.param2 == 2.0f))
         return "no tool has that number";
+    if (record.param2 != 2.0f) {
+        // A box's mask spans its size plus 3 + 2 x feather pixels each way.
+        const double width = std::trunc(double(record.param5) + 3 + 2 * double(record.param8));
+        const double height = std::trunc(double(record.param6) + 3 + 2 * double(record.param8));
+        if (width * height > double(engine::Document::kMaxImportPixels)) {
+            std::ostringstream reason;
+            reason << std::fixed << std::setprecision(0) << "its mask of " << width << " x " << height << " = "
+                   << width * height << " pixels is beyond the import limit of " << engine::Document::kMaxImportPixels;
+            return reason.str();
+        }
+    }
     return "the plug-in refused its shape";
 }
 

@@ -112,15 +112,21 @@ TEST_F(SessionTest, ALogSavedAndReplayedReachesThePlaySlot)
     SelectionEventRecord other = record;
     other.kind = 7;
     IPD_RecordEvent(doc.context(), &other);
+    SelectionEventRecord huge = record; // an ellipse whose mask the engine could not import
+    huge.param2 = 1;
+    huge.param5 = huge.param6 = 20000;
+    huge.param8 = 100;
+    IPD_RecordEvent(doc.context(), &huge);
     std::string error;
     ASSERT_TRUE(run("run\nsave-log log.jsonl\nreplay log.jsonl\n", error)) << error;
     // Each reached the play slot, and the host says which changed nothing and why.
-    EXPECT_NE(report.str().find("replayed 3 records from " + (dir.path() / "log.jsonl").string()
-                  + "; 3 changed nothing: record 1 (brush and erase records replay as nothing), record 2 (the "
-                    "plug-in refused its shape), record 3 (not a selection event)\n"),
+    EXPECT_NE(report.str().find("replayed 4 records from " + (dir.path() / "log.jsonl").string()
+                  + "; 4 changed nothing: record 1 (brush and erase records replay as nothing), record 2 (the "
+                    "plug-in refused its shape), record 3 (not a selection event), record 4 (its mask of 20203 x "
+                    "20203 = 408161209 pixels is beyond the import limit of 268435456)\n"),
         std::string::npos)
         << report.str();
-    EXPECT_EQ(doc.actionLog().size(), 3u);
+    EXPECT_EQ(doc.actionLog().size(), 4u);
 }
 
 TEST_F(SessionTest, RuntimeFailuresNameTheLineAndKeepEarlierFiles)

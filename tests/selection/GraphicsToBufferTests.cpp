@@ -5,10 +5,16 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <functional>
 #include <limits>
+#include <optional>
 #include <vector>
 
 namespace {
@@ -362,6 +368,56 @@ TEST(Rules, NegativeSidesAndSmallNegativeFeathersStillGiveTheirShape)
     EXPECT_EQ(thin.buffer.nWidth, 1);
     EXPECT_EQ(ellipse(none, kit::Rect(10, 20, -4, 40), 0), kGraphicsToBufferRefused); // -1 wide
     EXPECT_TRUE(none.untouched());
+}
+
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool kMeasuresMemory = false; // the sanitizer's shadow and quarantine are not the mask's
+#else
+constexpr bool kMeasuresMemory = true;
+#endif
+
+// The largest resident size, in bytes, of a child process that runs `work`, which must succeed.
+std::optional<long long> peakOfChild(const std::function<bool()>& work)
+{
+    const pid_t child = fork();
+    if (child == 0)
+        _exit(work() ? 0 : 1);
+    int status = 0;
+    rusage usage {};
+    if (child < 0 || wait4(child, &status, 0, &usage) != child || !WIFEXITED(status) || WEXITSTATUS(status) != 0)
+        return std::nullopt;
+    return static_cast<long long>(usage.ru_maxrss) * 1024;
+}
+
+TEST(Memory, AFeatheredMaskCostsItsBufferAndAQuarterAtMost)
+{
+    std::vector<kit::Point> star;
+    for (int i = 0; i < 96; ++i) {
+        const double r = i % 2 ? 1500 : 3000, t = i * M_PI / 48;
+        star.push_back({ float(3000 + r * std::cos(t)), float(3000 + r * std::sin(t)) });
+    }
+    struct Row {
+        const char* name;
+        long long width, height;
+        std::function<bool(Mask&)> make;
+    };
+    // The decimated blur and the full-size one, each with its working memory in the buffer.
+    const std::vector<Row> rows = {
+        { "ellipse 16000 feather 100", 16203, 16203, [](Mask& m) { return ellipse(m, kit::Rect(0, 0, 16000, 16000), 100) == 0; } },
+        { "star 6000 feather 2.5", 6008, 6008, [&](Mask& m) { return polygon(m, star, 2.5f) == 0; } },
+    };
+    for (const Row& row : rows) {
+        const auto peak = peakOfChild([&] {
+            Mask m;
+            return row.make(m) && m.buffer.nWidth == row.width && m.buffer.nHeight == row.height
+                && m.pixel(int(row.width / 2), int(row.height / 2))[3] == 255 && m.pixel(0, 0)[3] == 0;
+        });
+        ASSERT_TRUE(peak) << row.name << ": the mask was not made as expected";
+        const long long buffer = row.width * row.height * 4;
+        if (kMeasuresMemory) {
+            EXPECT_LE(*peak, buffer + buffer / 4) << row.name << ": peak " << *peak << " bytes for a buffer of " << buffer;
+        }
+    }
 }
 
 } // namespace
