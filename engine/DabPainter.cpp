@@ -99,7 +99,7 @@ DabPainter::StrokeCell* DabPainter::strokeCell(
     }
     if (existing) {
         if (!cell->before)
-            cell->before = std::make_unique<CellPixels>();
+            cell->before = CellPool::shared().take();
         *cell->before = *existing;
     } else {
         cell->before.reset();

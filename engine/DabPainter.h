@@ -38,7 +38,7 @@ private:
     /// none for a cell the stroke made (all transparent before).
     struct StrokeCell {
         Coverage coverage {};
-        std::unique_ptr<CellPixels> before;
+        CellPtr before;
     };
     /// The dab's coverage byte against the squared distance from its centre, sampled finely
     /// over the soft ring between the core and the radius, so a pixel costs a multiply and a

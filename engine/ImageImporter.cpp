@@ -91,14 +91,16 @@ void ImageImporter::writeCell(const Image& image, const CellWrite& write, const 
 bool ImageImporter::wouldChange(
     const Image& image, const CellPixels* cell, const PixelRect& cellRect, const PixelRect& area)
 {
+    const std::size_t count = std::size_t(area.right - area.left);
     for (std::int64_t y = area.top; y < area.bottom; ++y) {
-        for (std::int64_t x = area.left; x < area.right; ++x) {
-            std::uint8_t oldAlpha = cell
-                ? (*cell)[static_cast<std::size_t>((y - cellRect.top) * kCellRowBytes + (x - cellRect.left) * 4 + 3)]
-                : 0;
-            if (sourcePixel(image, x, y)[3] > oldAlpha)
-                return true;
-        }
+        const std::uint8_t* source = sourcePixel(image, area.left, y);
+        const std::uint8_t* old = cell ? cell->data() + (y - cellRect.top) * kCellRowBytes + (area.left - cellRect.left) * 4 : nullptr;
+        // A whole row at a time, without a branch a pixel.
+        bool larger = false;
+        for (std::size_t i = 0; i < count; ++i)
+            larger |= source[4 * i + 3] > (old ? old[4 * i + 3] : 0);
+        if (larger)
+            return true;
     }
     return false;
 }

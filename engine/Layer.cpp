@@ -65,26 +65,26 @@ const CellPixels* Layer::find(CellKey key) const
 
 CellPixels& Layer::ensure(CellKey key)
 {
-    std::unique_ptr<CellPixels>& cell = m_cells[key];
+    CellPtr& cell = m_cells[key];
     if (!cell && !m_spare.empty()) {
         cell = std::move(m_spare.back());
         m_spare.pop_back();
         cell->fill(0);
     }
     if (!cell)
-        cell = std::make_unique<CellPixels>(); // zeroed: transparent
+        cell = CellPool::shared().takeTransparent();
     return *cell;
 }
 
 CellPixels& Layer::install(CellKey key)
 {
-    std::unique_ptr<CellPixels>& cell = m_cells[key];
+    CellPtr& cell = m_cells[key];
     if (!cell && !m_spare.empty()) {
         cell = std::move(m_spare.back());
         m_spare.pop_back();
     }
     if (!cell)
-        cell = std::make_unique_for_overwrite<CellPixels>();
+        cell = CellPool::shared().take();
     return *cell;
 }
 
@@ -95,16 +95,16 @@ Layer::CellMap Layer::takeAll()
     return taken;
 }
 
-std::unique_ptr<CellPixels> Layer::copyOf(CellKey key) const
+CellPtr Layer::copyOf(CellKey key) const
 {
     const CellPixels* cell = find(key);
-    return cell ? std::make_unique<CellPixels>(*cell) : nullptr;
+    return cell ? CellPool::shared().takeCopy(*cell) : nullptr;
 }
 
-std::unique_ptr<CellPixels> Layer::exchange(CellKey key, std::unique_ptr<CellPixels> state)
+CellPtr Layer::exchange(CellKey key, CellPtr state)
 {
     auto found = m_cells.find(key);
-    std::unique_ptr<CellPixels> taken = found != m_cells.end() ? std::move(found->second) : nullptr;
+    CellPtr taken = found != m_cells.end() ? std::move(found->second) : nullptr;
     if (state)
         m_cells[key] = std::move(state);
     else if (found != m_cells.end())
@@ -114,7 +114,7 @@ std::unique_ptr<CellPixels> Layer::exchange(CellKey key, std::unique_ptr<CellPix
 
 void Layer::clear() { m_cells.clear(); }
 
-void Layer::recycle(std::unique_ptr<CellPixels> cell)
+void Layer::recycle(CellPtr cell)
 {
     if (cell && m_spare.size() < kMaxSpareCells)
         m_spare.push_back(std::move(cell));

@@ -1,6 +1,7 @@
 // Layer: a sparse grid of 64 x 64 RGBA cells placed on the canvas by an offset.
 #pragma once
 
+#include "engine/CellPool.h"
 #include "engine/PixelRect.h"
 
 #include <array>
@@ -12,13 +13,6 @@
 #include <vector>
 
 namespace engine {
-
-inline constexpr int kCellSize = 64;
-inline constexpr int kCellRowBytes = kCellSize * 4;
-inline constexpr int kCellBytes = kCellSize * kCellRowBytes;
-
-/// One cell's pixels: premultiplied R, G, B, A bytes, rows kCellRowBytes apart.
-using CellPixels = std::array<std::uint8_t, kCellBytes>;
 
 /// A cell's position in its layer's grid; cell (c, r) covers layer pixels 64c..64c+63, 64r..64r+63.
 struct CellKey {
@@ -38,7 +32,7 @@ struct CellWrite {
 /// A layer's pixels, stored only where cells were created.
 class Layer {
 public:
-    using CellMap = std::map<CellKey, std::unique_ptr<CellPixels>>;
+    using CellMap = std::map<CellKey, CellPtr>;
 
     explicit Layer(int id);
 
@@ -65,15 +59,15 @@ public:
     /// Takes every cell out of the layer, which is left empty.
     CellMap takeAll();
     /// A copy of the cell, or null when the cell does not exist.
-    std::unique_ptr<CellPixels> copyOf(CellKey key) const;
+    CellPtr copyOf(CellKey key) const;
     /// Takes the cell out of the layer (null when there is none), then puts `state` in its place
     /// (removing the cell when it is null): a saved state goes back without a copy.
-    std::unique_ptr<CellPixels> exchange(CellKey key, std::unique_ptr<CellPixels> state);
+    CellPtr exchange(CellKey key, CellPtr state);
     void clear();
 
     /// Keeps a cell's memory for the next cell this layer makes (up to kMaxSpareCells), so that
     /// strokes after an undo reuse memory instead of faulting fresh pages in.
-    void recycle(std::unique_ptr<CellPixels> cell);
+    void recycle(CellPtr cell);
     static constexpr std::size_t kMaxSpareCells = 2048;
 
     std::size_t cellCount() const;
@@ -84,7 +78,7 @@ private:
     std::int64_t m_offsetX = 0;
     std::int64_t m_offsetY = 0;
     CellMap m_cells;
-    std::vector<std::unique_ptr<CellPixels>> m_spare;
+    std::vector<CellPtr> m_spare;
 };
 
 } // namespace engine

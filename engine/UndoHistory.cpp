@@ -9,7 +9,8 @@ namespace {
 
 bool isTransparent(const CellPixels& cell)
 {
-    return std::all_of(cell.begin(), cell.end(), [](std::uint8_t byte) { return byte == 0; });
+    static const CellPixels kTransparent {};
+    return cell == kTransparent;
 }
 
 } // namespace
@@ -100,8 +101,10 @@ bool UndoHistory::closeStep()
     Step step = std::move(*m_open);
     m_open.reset();
     // The after-states are taken when the step is undone: nothing can redo it before that.
-    if (!changedSinceBefore(step))
+    if (!changedSinceBefore(step)) {
+        recycle(step);
         return false;
+    }
     for (Step& dropped : m_redo)
         recycle(dropped);
     m_redo.clear();

@@ -51,8 +51,8 @@ private:
         Layer* layer = nullptr;
         CellKey key;
         // Held apart from the entry, so that a cell the step made costs no memory for its state.
-        std::unique_ptr<CellPixels> before;
-        std::unique_ptr<CellPixels> after;
+        CellPtr before;
+        CellPtr after;
     };
     using Step = std::map<std::pair<int, CellKey>, Entry>;
 
