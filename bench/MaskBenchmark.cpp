@@ -6,10 +6,12 @@
 // of the runs' ratios. The "mask" runs reuse recycled memory, as every selection after the first
 // does; the "mask-first-touch" runs empty the recycler first, so they include the page faults
 // of fresh memory. The obvious alternative is cairo filling the same shape and, where OpenCV is
-// installed, cv::GaussianBlur with the same sigma and a transparent border. For feathered
-// rectangles the program also prints the largest difference from the exact Gaussian (computed
-// separably in double precision).
+// installed, cv::GaussianBlur with the same sigma and a transparent border. For every feathered
+// shape the program also prints the largest difference from the exact Gaussian of the sharp
+// shape (computed separably in double precision: over the whole buffer for rectangles, on a
+// grid of every 16th row and column for the others).
 #include "Classes/Selection/GraphicsToBuffer.h"
+#include "kit/BitmapContext.h"
 #include "kit/MemoryRecycler.h"
 
 #include <benchmark/benchmark.h>
@@ -37,21 +39,23 @@ constexpr float kSide = 3000;
 enum Shape {
     Rectangle,
     Ellipse,
+    Star48,
     Star,
     CrossedStar,
 };
 const char* shapeName(int shape)
 {
-    return shape == Rectangle ? "rectangle" : shape == Ellipse ? "ellipse" : shape == Star ? "star500" : "star500x";
+    const char* names[] = { "rectangle", "ellipse", "star48", "star500", "star500x" };
+    return names[shape];
 }
 
-// 500 vertices alternating between two radii: a simple polygon with 250 sharp points.
-std::vector<kit::Point> starVertices()
+// `count` vertices alternating between two radii: a simple polygon with count / 2 points.
+std::vector<kit::Point> starVertices(int count = 500)
 {
     std::vector<kit::Point> v;
-    for (int i = 0; i < 500; ++i) {
+    for (int i = 0; i < count; ++i) {
         const double r = i % 2 ? kSide / 4 : kSide / 2;
-        const double t = 2 * std::numbers::pi * i / 500;
+        const double t = 2 * std::numbers::pi * i / count;
         v.push_back({ float(kSide / 2 + r * std::cos(t)), float(kSide / 2 + r * std::sin(t)) });
     }
     return v;
@@ -70,8 +74,11 @@ std::vector<kit::Point> crossedStarVertices()
 int buildMask(int shape, float feather, IMAGE_BUFFER& buffer, kit::Point& origin)
 {
     static const std::vector<kit::Point> star = starVertices();
+    static const std::vector<kit::Point> star48 = starVertices(96);
     static const std::vector<kit::Point> crossed = crossedStarVertices();
     switch (shape) {
+    case Star48:
+        return CreateImageBufferFromPolygon(buffer, origin, star48.data(), int(star48.size()), kWhite, true, kWhite, feather);
     case Rectangle:
         return CreateImageBufferFromRect(buffer, origin, kit::Rect(0, 0, kSide, kSide), kWhite, true, kWhite, feather);
     case Ellipse:
@@ -170,6 +177,67 @@ double rectangleError(const IMAGE_BUFFER& buffer, float feather)
     return worst;
 }
 
+// The sharp shape's coverage in the buffer's frame, drawn by the kit as the rasteriser draws it
+// (layer y mirrored within the buffer), one value from 0 to 255 a pixel.
+std::vector<double> sharpCoverage(int shape, const IMAGE_BUFFER& buffer, kit::Point origin)
+{
+    std::vector<std::uint8_t> pixels(std::size_t(buffer.nWidth) * std::size_t(buffer.nHeight) * 4);
+    auto space = kit::ColorSpace::createDeviceRGB();
+    auto context = kit::BitmapContext::create(pixels.data(), buffer.nWidth, buffer.nHeight, 8,
+                                              std::size_t(buffer.nWidth) * 4, space.get(), kit::ImageAlphaPremultipliedLast);
+    context->setRGBFillColor(1, 1, 1, 1);
+    const double height = buffer.nHeight;
+    auto drawn = [&](kit::Point p) { return kit::Point { float(p.x - origin.x), float(height - (p.y - origin.y)) }; };
+    if (shape == Ellipse) {
+        const kit::Point low = drawn({ 0, kSide });
+        context->addEllipseInRect(kit::Rect(low.x, low.y, kSide, kSide));
+    } else {
+        const auto vertices = shape == Star48 ? starVertices(96) : shape == Star ? starVertices() : crossedStarVertices();
+        for (std::size_t i = 0; i < vertices.size(); ++i) {
+            const kit::Point p = drawn(vertices[i]);
+            i == 0 ? context->moveToPoint(p.x, p.y) : context->addLineToPoint(p.x, p.y);
+        }
+        context->closePath();
+    }
+    context->clearAndFillPath();
+    std::vector<double> coverage(pixels.size() / 4);
+    for (std::size_t i = 0; i < coverage.size(); ++i)
+        coverage[i] = pixels[4 * i + 3];
+    return coverage;
+}
+
+// The largest distance, in 8-bit steps, of the mask's alpha from the exact Gaussian of the sharp
+// shape, at every 16th row and column: the rows are blurred across at the sampled columns, then
+// those columns down at the sampled rows.
+double sampledError(int shape, const IMAGE_BUFFER& buffer, kit::Point origin, float feather)
+{
+    constexpr int kEvery = 16;
+    const double sigma = feather;
+    const int reach = int(std::ceil(8 * sigma)) + 2;
+    std::vector<double> weights(std::size_t(2 * reach + 1));
+    double sum = 0;
+    for (int n = -reach; n <= reach; ++n)
+        sum += weights[std::size_t(n + reach)] = std::exp(-double(n) * n / (2 * sigma * sigma));
+    const auto sharp = sharpCoverage(shape, buffer, origin);
+    const int w = buffer.nWidth, h = buffer.nHeight, columns = (w + kEvery - 1) / kEvery;
+    std::vector<double> across(std::size_t(h) * std::size_t(columns), 0);
+    for (int r = 0; r < h; ++r)
+        for (int i = 0; i < columns; ++i)
+            for (int c = std::max(0, i * kEvery - reach); c <= std::min(w - 1, i * kEvery + reach); ++c)
+                across[std::size_t(r) * std::size_t(columns) + std::size_t(i)]
+                    += weights[std::size_t(c - i * kEvery + reach)] / sum * sharp[std::size_t(r) * std::size_t(w) + std::size_t(c)];
+    double worst = 0;
+    for (int y = 0; y < h; y += kEvery)
+        for (int i = 0; i < columns; ++i) {
+            double exact = 0;
+            for (int r = std::max(0, y - reach); r <= std::min(h - 1, y + reach); ++r)
+                exact += weights[std::size_t(r - y + reach)] / sum * across[std::size_t(r) * std::size_t(columns) + std::size_t(i)];
+            const unsigned char alpha = buffer.pData[(std::size_t(y) * std::size_t(w) + std::size_t(i) * kEvery) * 4 + 3];
+            worst = std::max(worst, std::fabs(alpha - exact));
+        }
+    return worst;
+}
+
 // Each run times a memcpy and then the mask, so that both see the same load on the machine;
 // the ratio is the median of the runs' own ratios. With `cold`, every mask gets memory that was
 // never touched (the recycler keeps nothing), so its time includes the page faults.
@@ -181,8 +249,8 @@ void maskBenchmark(benchmark::State& state, int shape, float feather, bool cold)
     Result& result = g_results[key(shape, feather)];
     result.width = buffer.nWidth;
     result.height = buffer.nHeight;
-    if (!cold && shape == Rectangle && feather > 1)
-        result.maxError = rectangleError(buffer, feather);
+    if (!cold && feather > 1)
+        result.maxError = shape == Rectangle ? rectangleError(buffer, feather) : sampledError(shape, buffer, origin, feather);
     MemcpyFloor floor(std::size_t(buffer.nWidth) * std::size_t(buffer.nHeight) * 4);
     DestroyImageBuffer(buffer);
     std::vector<double> copies, masks, ratios;
@@ -229,9 +297,10 @@ void alternative(int shape, float feather, int width, int height, std::vector<un
         cairo_arc(cr, 0, 0, 1, 0, 2 * std::numbers::pi);
         cairo_restore(cr);
         break;
+    case Star48:
     case Star:
     case CrossedStar: {
-        const auto star = shape == Star ? starVertices() : crossedStarVertices();
+        const auto star = shape == Star48 ? starVertices(96) : shape == Star ? starVertices() : crossedStarVertices();
         cairo_move_to(cr, star[0].x + inset, star[0].y + inset);
         for (const auto& p : star)
             cairo_line_to(cr, p.x + inset, p.y + inset);
@@ -272,9 +341,11 @@ void alternativeBenchmark(benchmark::State& state, int shape, float feather)
 
 void registerAll()
 {
-    const std::vector<std::pair<int, float>> cases = { { Rectangle, 0 }, { Rectangle, 2.5f }, { Rectangle, 10 },
-                                                       { Rectangle, 100 }, { Ellipse, 0 }, { Ellipse, 10 },
-                                                       { Star, 0 }, { Star, 10 }, { CrossedStar, 0 } };
+    std::vector<std::pair<int, float>> cases;
+    for (int shape : { Rectangle, Ellipse, Star48, Star })
+        for (float feather : { 0.0f, 2.5f, 10.0f, 100.0f })
+            cases.push_back({ shape, feather });
+    cases.push_back({ CrossedStar, 0 });
     for (bool cold : { false, true }) {
         for (auto [shape, feather] : cases) {
             benchmark::RegisterBenchmark(((cold ? "mask-first-touch/" : "mask/") + key(shape, feather)).c_str(),
