@@ -174,21 +174,28 @@ bool FeatheredFill::blurDecimated(const std::uint8_t colour[4], int step)
     if (!GaussianBlur(sampleSigma).blurChannelWide(source, areaWidth, areaHeight, strips, plane))
         return false;
 
-    std::vector<float> between(static_cast<std::size_t>(areaWidth));
+    // Each column's left sample and weight, the same for every row.
+    std::vector<std::int32_t> left(static_cast<std::size_t>(m_width));
+    std::vector<float> weight(static_cast<std::size_t>(m_width));
+    for (int x = 0; x < m_width; ++x) {
+        const Phase p = phases[std::size_t(x % step)];
+        left[std::size_t(x)] = x / step + p.offset;
+        weight[std::size_t(x)] = p.weight;
+    }
+    std::vector<float> between(static_cast<std::size_t>(areaWidth) + 1), slope(static_cast<std::size_t>(areaWidth) + 1);
     std::vector<std::uint8_t> row(static_cast<std::size_t>(m_width));
     for (int y = m_height; y-- > 0;) {
         const Phase vertical = phases[std::size_t(y % step)];
         const std::uint16_t* above = plane + std::size_t(firstSampleRow(y)) * planeStride;
         const std::uint16_t* below = above + planeStride;
+        // In 8-bit steps, with half a step added so that truncation rounds.
         for (int i = 0; i < areaWidth; ++i)
-            between[std::size_t(i)] = (float(above[i]) + (float(below[i]) - float(above[i])) * vertical.weight) / 256;
-        for (int x0 = 0; x0 < m_width; x0 += step) {
-            for (int j = 0; j < std::min(step, m_width - x0); ++j) {
-                const Phase p = phases[std::size_t(j)];
-                const float left = between[std::size_t(x0 / step + p.offset)];
-                const float right = between[std::size_t(x0 / step + p.offset + 1)];
-                row[std::size_t(x0 + j)] = std::uint8_t(left + (right - left) * p.weight + 0.5f);
-            }
+            between[std::size_t(i)] = (float(above[i]) + (float(below[i]) - float(above[i])) * vertical.weight) / 256 + 0.5f;
+        for (int i = 0; i + 1 < areaWidth; ++i)
+            slope[std::size_t(i)] = between[std::size_t(i) + 1] - between[std::size_t(i)];
+        for (std::size_t x = 0; x < row.size(); ++x) {
+            const std::size_t i = std::size_t(left[x]);
+            row[x] = std::uint8_t(between[i] + slope[i] * weight[x]);
         }
         pixelkernels::writeCoverage(row.data(), colour, m_pixels + std::size_t(y) * std::size_t(m_width) * 4, row.size());
     }
