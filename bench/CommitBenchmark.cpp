@@ -4,10 +4,10 @@
 // 3200 x 3200 canvas through the calls the tools make at mouse-up: import, refresh (which closes
 // the undo step). "first" runs use a fresh document, so every cell is new memory; "new" runs
 // repeat a New-mode gesture on one document (the press deletes the selection, the release
-// imports); "add" runs import the ellipse moved by 37 pixels over the one before (New gestures alternate between two places
-// 64 pixels apart, so that each changes the selection); then the New
-// gesture's undo and redo. Each run times a memcpy of the mask first, so that both see the same
-// load; figures are medians over the runs, ratios the median of the runs' ratios. Single thread.
+// imports); "add" runs import the ellipse moved by 37 pixels over the one before (New gestures alternate between two
+// places 64 pixels apart, so that each changes the selection); then the New gesture's undo and redo. Each run times a
+// memcpy of the mask first, so that both see the same load; figures are medians over the runs, ratios the median of the
+// runs' ratios. Single thread.
 #include "Classes/Selection/GraphicsToBuffer.h"
 #include "engine/Document.h"
 #include "host/HostEngine.h"
@@ -33,7 +33,10 @@ constexpr int kRuns = 15;
 
 using Clock = std::chrono::steady_clock;
 
-double milliseconds(Clock::time_point since) { return std::chrono::duration<double, std::milli>(Clock::now() - since).count(); }
+double milliseconds(Clock::time_point since)
+{
+    return std::chrono::duration<double, std::milli>(Clock::now() - since).count();
+}
 
 double median(std::vector<double> v)
 {
@@ -44,7 +47,11 @@ double median(std::vector<double> v)
 struct Mask {
     IMAGE_BUFFER buffer {};
     kit::Point origin;
-    Mask() { CreateImageBufferFromEllipse(buffer, origin, kit::Rect(100, 100, kSide, kSide), {}, true, { 255, 255, 255, 255 }, kFeather); }
+    Mask()
+    {
+        CreateImageBufferFromEllipse(
+            buffer, origin, kit::Rect(100, 100, kSide, kSide), {}, true, { 255, 255, 255, 255 }, kFeather);
+    }
     ~Mask() { DestroyImageBuffer(buffer); }
     std::size_t bytes() const { return std::size_t(buffer.nWidth) * std::size_t(buffer.nHeight) * 4; }
 };
@@ -82,7 +89,7 @@ void commit(void* context, int dx)
     IPD_EnableSeletionLayerOperation(context, 1);
     const Mask& m = mask();
     IPD_LayerPaint_ImportImageData(context, IPD_GetSelectionMaskID(context), m.buffer.pData, m.buffer.nWidth,
-                                   m.buffer.nHeight, int(m.origin.x) + dx, int(m.origin.y));
+        m.buffer.nHeight, int(m.origin.x) + dx, int(m.origin.y));
     IPD_StartRefreshingActiveLayer(context);
     IPD_EnableSeletionLayerOperation(context, 0);
 }
@@ -102,7 +109,7 @@ std::map<std::string, Figures> g_figures;
 
 // Runs `prepare` untimed and `step` timed kRuns times, each after a memcpy.
 void measure(benchmark::State& state, const std::string& name, const std::function<void()>& prepare,
-             const std::function<void()>& step)
+    const std::function<void()>& step)
 {
     std::vector<double> copies, times, ratios;
     for (auto _ : state) {
@@ -125,11 +132,18 @@ void registerAll()
             ->Unit(benchmark::kMillisecond)
             ->Iterations(kRuns);
     };
-    add("commit/1 first gesture", [] { document = canvas(); }, [] { newGesture(document->context()); });
-    add("commit/2 later New gesture", [] { newGesture(document->context()); }, [] { newGesture(document->context()); });
-    add("commit/3 later Add gesture", [] { newGesture(document->context()); }, [] { commit(document->context(), 37 + 64); });
-    add("commit/4 undo", [] { newGesture(document->context()); }, [] { IPD_UndoStroke(document->context()); });
-    add("commit/5 redo", [] {
+    add(
+        "commit/1 first gesture", [] { document = canvas(); }, [] { newGesture(document->context()); });
+    add(
+        "commit/2 later New gesture", [] { newGesture(document->context()); }, [] { newGesture(document->context()); });
+    add(
+        "commit/3 later Add gesture", [] { newGesture(document->context()); },
+        [] { commit(document->context(), 37 + 64); });
+    add(
+        "commit/4 undo", [] { newGesture(document->context()); }, [] { IPD_UndoStroke(document->context()); });
+    add(
+        "commit/5 redo",
+        [] {
             newGesture(document->context());
             IPD_UndoStroke(document->context());
         },
@@ -140,7 +154,7 @@ void printSummary()
 {
     const Mask& m = mask();
     std::printf("\n%d x %d mask on a %d x %d canvas; medians of %d runs, ratios the median of each run's.\n",
-                m.buffer.nWidth, m.buffer.nHeight, kCanvas, kCanvas, kRuns);
+        m.buffer.nWidth, m.buffer.nHeight, kCanvas, kCanvas, kRuns);
     std::printf("%-28s %10s %8s %9s\n", "step", "memcpy ms", "step ms", "x memcpy");
     for (const auto& [name, f] : g_figures)
         std::printf("%-28s %10.2f %8.2f %9.2f\n", name.c_str(), f.memcpy, f.ms, f.ratio);

@@ -78,7 +78,8 @@ int buildMask(int shape, float feather, IMAGE_BUFFER& buffer, kit::Point& origin
     static const std::vector<kit::Point> crossed = crossedStarVertices();
     switch (shape) {
     case Star48:
-        return CreateImageBufferFromPolygon(buffer, origin, star48.data(), int(star48.size()), kWhite, true, kWhite, feather);
+        return CreateImageBufferFromPolygon(
+            buffer, origin, star48.data(), int(star48.size()), kWhite, true, kWhite, feather);
     case Rectangle:
         return CreateImageBufferFromRect(buffer, origin, kit::Rect(0, 0, kSide, kSide), kWhite, true, kWhite, feather);
     case Ellipse:
@@ -184,7 +185,7 @@ std::vector<double> sharpCoverage(int shape, const IMAGE_BUFFER& buffer, kit::Po
     std::vector<std::uint8_t> pixels(std::size_t(buffer.nWidth) * std::size_t(buffer.nHeight) * 4);
     auto space = kit::ColorSpace::createDeviceRGB();
     auto context = kit::BitmapContext::create(pixels.data(), buffer.nWidth, buffer.nHeight, 8,
-                                              std::size_t(buffer.nWidth) * 4, space.get(), kit::ImageAlphaPremultipliedLast);
+        std::size_t(buffer.nWidth) * 4, space.get(), kit::ImageAlphaPremultipliedLast);
     context->setRGBFillColor(1, 1, 1, 1);
     const double height = buffer.nHeight;
     auto drawn = [&](kit::Point p) { return kit::Point { float(p.x - origin.x), float(height - (p.y - origin.y)) }; };
@@ -192,7 +193,9 @@ std::vector<double> sharpCoverage(int shape, const IMAGE_BUFFER& buffer, kit::Po
         const kit::Point low = drawn({ 0, kSide });
         context->addEllipseInRect(kit::Rect(low.x, low.y, kSide, kSide));
     } else {
-        const auto vertices = shape == Star48 ? starVertices(96) : shape == Star ? starVertices() : crossedStarVertices();
+        const auto vertices = shape == Star48 ? starVertices(96)
+            : shape == Star                   ? starVertices()
+                                              : crossedStarVertices();
         for (std::size_t i = 0; i < vertices.size(); ++i) {
             const kit::Point p = drawn(vertices[i]);
             i == 0 ? context->moveToPoint(p.x, p.y) : context->addLineToPoint(p.x, p.y);
@@ -225,14 +228,17 @@ double sampledError(int shape, const IMAGE_BUFFER& buffer, kit::Point origin, fl
         for (int i = 0; i < columns; ++i)
             for (int c = std::max(0, i * kEvery - reach); c <= std::min(w - 1, i * kEvery + reach); ++c)
                 across[std::size_t(r) * std::size_t(columns) + std::size_t(i)]
-                    += weights[std::size_t(c - i * kEvery + reach)] / sum * sharp[std::size_t(r) * std::size_t(w) + std::size_t(c)];
+                    += weights[std::size_t(c - i * kEvery + reach)] / sum
+                    * sharp[std::size_t(r) * std::size_t(w) + std::size_t(c)];
     double worst = 0;
     for (int y = 0; y < h; y += kEvery)
         for (int i = 0; i < columns; ++i) {
             double exact = 0;
             for (int r = std::max(0, y - reach); r <= std::min(h - 1, y + reach); ++r)
-                exact += weights[std::size_t(r - y + reach)] / sum * across[std::size_t(r) * std::size_t(columns) + std::size_t(i)];
-            const unsigned char alpha = buffer.pData[(std::size_t(y) * std::size_t(w) + std::size_t(i) * kEvery) * 4 + 3];
+                exact += weights[std::size_t(r - y + reach)] / sum
+                    * across[std::size_t(r) * std::size_t(columns) + std::size_t(i)];
+            const unsigned char alpha
+                = buffer.pData[(std::size_t(y) * std::size_t(w) + std::size_t(i) * kEvery) * 4 + 3];
             worst = std::max(worst, std::fabs(alpha - exact));
         }
     return worst;
@@ -250,7 +256,8 @@ void maskBenchmark(benchmark::State& state, int shape, float feather, bool cold)
     result.width = buffer.nWidth;
     result.height = buffer.nHeight;
     if (!cold && feather > 1)
-        result.maxError = shape == Rectangle ? rectangleError(buffer, feather) : sampledError(shape, buffer, origin, feather);
+        result.maxError
+            = shape == Rectangle ? rectangleError(buffer, feather) : sampledError(shape, buffer, origin, feather);
     MemcpyFloor floor(std::size_t(buffer.nWidth) * std::size_t(buffer.nHeight) * 4);
     DestroyImageBuffer(buffer);
     std::vector<double> copies, masks, ratios;

@@ -266,7 +266,8 @@ int Document::importImageData(int layer, const unsigned char* data, int width, i
         return refuse("image width and height must be positive");
     if (std::int64_t { width } * height > kMaxImportPixels)
         return refuse("image has more than " + std::to_string(kMaxImportPixels) + " pixels");
-    ImageImporter importer(*target, canvasRect(), [this, target](CellKey key) { return m_undo.replaceCell(*target, key); });
+    ImageImporter importer(
+        *target, canvasRect(), [this, target](CellKey key) { return m_undo.replaceCell(*target, key); });
     if (importer.import(data, width, height, x, y))
         changed();
     return 0;

@@ -68,13 +68,16 @@ bool ImageImporter::importIntoCell(const Image& image, CellKey key, const PixelR
     return true;
 }
 
-void ImageImporter::writeCell(const Image& image, const CellWrite& write, const PixelRect& cellRect, const PixelRect& part)
+void ImageImporter::writeCell(
+    const Image& image, const CellWrite& write, const PixelRect& cellRect, const PixelRect& part)
 {
     const bool inPlace = write.cell == write.previous;
-    const std::size_t left = std::size_t(part.left - cellRect.left) * 4, right = std::size_t(part.right - cellRect.left) * 4;
+    const std::size_t left = std::size_t(part.left - cellRect.left) * 4,
+                      right = std::size_t(part.right - cellRect.left) * 4;
     for (std::int64_t y = cellRect.top; y < cellRect.bottom; ++y) {
         std::uint8_t* target = write.cell->data() + (y - cellRect.top) * kCellRowBytes;
-        const std::uint8_t* previous = write.previous ? write.previous->data() + (y - cellRect.top) * kCellRowBytes : nullptr;
+        const std::uint8_t* previous
+            = write.previous ? write.previous->data() + (y - cellRect.top) * kCellRowBytes : nullptr;
         if (y < part.top || y >= part.bottom) {
             if (!inPlace)
                 keep(target, previous, kCellRowBytes);
@@ -84,7 +87,8 @@ void ImageImporter::writeCell(const Image& image, const CellWrite& write, const 
             keep(target, previous, left);
             keep(target + right, previous ? previous + right : nullptr, kCellRowBytes - right);
         }
-        merge(target + left, previous ? previous + left : nullptr, sourcePixel(image, part.left, y), (right - left) / 4);
+        merge(
+            target + left, previous ? previous + left : nullptr, sourcePixel(image, part.left, y), (right - left) / 4);
     }
 }
 
@@ -94,7 +98,8 @@ bool ImageImporter::wouldChange(
     const std::size_t count = std::size_t(area.right - area.left);
     for (std::int64_t y = area.top; y < area.bottom; ++y) {
         const std::uint8_t* source = sourcePixel(image, area.left, y);
-        const std::uint8_t* old = cell ? cell->data() + (y - cellRect.top) * kCellRowBytes + (area.left - cellRect.left) * 4 : nullptr;
+        const std::uint8_t* old
+            = cell ? cell->data() + (y - cellRect.top) * kCellRowBytes + (area.left - cellRect.left) * 4 : nullptr;
         // A whole row at a time, without a branch a pixel.
         bool larger = false;
         for (std::size_t i = 0; i < count; ++i)

@@ -23,7 +23,7 @@ constexpr double kSigmaPerStep = 4;
 // copied out before its pixels are written: a plane in the block's last quarter, or ending with
 // the block with rows no wider than four pixels' bytes, is then never written over unread.
 void writeRowsForward(const std::uint8_t* plane, std::ptrdiff_t stride, std::uint8_t* pixels, int width, int height,
-                      const std::uint8_t colour[4])
+    const std::uint8_t colour[4])
 {
     std::vector<std::uint8_t> row(static_cast<std::size_t>(width));
     for (int y = 0; y < height; ++y) {
@@ -51,8 +51,8 @@ std::vector<Phase> phasesFor(int step)
 }
 
 // The block's mean coverage of each step x step square, zero beyond the plane.
-void decimate(const std::uint8_t* coverage, int width, int height, int step, std::uint8_t* out, int outWidth,
-              int outHeight)
+void decimate(
+    const std::uint8_t* coverage, int width, int height, int step, std::uint8_t* out, int outWidth, int outHeight)
 {
     std::vector<std::uint32_t> sums(std::size_t(outWidth) * std::size_t(step), 0);
     const std::uint32_t area = std::uint32_t(step) * std::uint32_t(step);
@@ -76,7 +76,10 @@ void decimate(const std::uint8_t* coverage, int width, int height, int step, std
 } // namespace
 
 FeatheredFill::FeatheredFill(std::uint8_t* pixels, int width, int height, double sigma)
-    : m_pixels(pixels), m_width(width), m_height(height), m_sigma(sigma)
+    : m_pixels(pixels)
+    , m_width(width)
+    , m_height(height)
+    , m_sigma(sigma)
 {
 }
 
@@ -190,14 +193,16 @@ bool FeatheredFill::blurDecimated(const std::uint8_t colour[4], int step)
         const std::uint16_t* below = above + planeStride;
         // In 8-bit steps, with half a step added so that truncation rounds.
         for (int i = 0; i < areaWidth; ++i)
-            between[std::size_t(i)] = (float(above[i]) + (float(below[i]) - float(above[i])) * vertical.weight) / 256 + 0.5f;
+            between[std::size_t(i)]
+                = (float(above[i]) + (float(below[i]) - float(above[i])) * vertical.weight) / 256 + 0.5f;
         for (int i = 0; i + 1 < areaWidth; ++i)
             slope[std::size_t(i)] = between[std::size_t(i) + 1] - between[std::size_t(i)];
         for (std::size_t x = 0; x < row.size(); ++x) {
             const std::size_t i = std::size_t(left[x]);
             row[x] = std::uint8_t(between[i] + slope[i] * weight[x]);
         }
-        pixelkernels::writeCoverage(row.data(), colour, m_pixels + std::size_t(y) * std::size_t(m_width) * 4, row.size());
+        pixelkernels::writeCoverage(
+            row.data(), colour, m_pixels + std::size_t(y) * std::size_t(m_width) * 4, row.size());
     }
     return true;
 }

@@ -161,7 +161,7 @@ std::size_t GaussianBlur::stripBytes(int width, int height)
 std::size_t GaussianBlur::planeBytes(int width, int height) { return planeStride(width) * std::size_t(height); }
 
 bool GaussianBlur::blurChannel(const BlurSource& source, int width, int height, const RowSink& sink,
-                               BlurSourceFacts* facts, const BlurWorkspace* workspace) const
+    BlurSourceFacts* facts, const BlurWorkspace* workspace) const
 {
     if (width <= 0 || height <= 0)
         return false;
@@ -181,20 +181,20 @@ bool GaussianBlur::blurChannel(const BlurSource& source, int width, int height, 
     auto* planeMemory = lent ? workspace->plane : plane.as<std::uint8_t>();
 
     std::uint32_t mismatch[2] = { 0, 0 };
-    blurkernels::blurHorizontally(m_coefficients, source, paddedWidth, paddedHeight, stripMemory, steps.as<float>(),
-                                  mismatch);
+    blurkernels::blurHorizontally(
+        m_coefficients, source, paddedWidth, paddedHeight, stripMemory, steps.as<float>(), mismatch);
     if (facts) {
         facts->othersEqualChannel = mismatch[0] == 0;
         facts->othersZero = mismatch[1] == 0;
     }
     blurkernels::blurVertically(scaled(m_coefficients, 1.0f / 256), stripMemory, paddedWidth, paddedHeight,
-                                std::size_t(height), steps.as<float>(), planeMemory, paddedWidth);
+        std::size_t(height), steps.as<float>(), planeMemory, paddedWidth);
     sink(0, height, planeMemory, std::ptrdiff_t(paddedWidth));
     return true;
 }
 
-bool GaussianBlur::blurChannelWide(const BlurSource& source, int width, int height, std::uint16_t* strips,
-                                   std::uint16_t* plane) const
+bool GaussianBlur::blurChannelWide(
+    const BlurSource& source, int width, int height, std::uint16_t* strips, std::uint16_t* plane) const
 {
     if (width <= 0 || height <= 0)
         return false;
@@ -205,10 +205,10 @@ bool GaussianBlur::blurChannelWide(const BlurSource& source, int width, int heig
     if (!steps)
         return false;
     std::uint32_t mismatch[2] = { 0, 0 };
-    blurkernels::blurHorizontally(m_coefficients, source, paddedWidth, paddedHeight, strips, steps.as<float>(),
-                                  mismatch);
-    blurkernels::blurVerticallyWide(m_coefficients, strips, paddedWidth, paddedHeight, std::size_t(height),
-                                    steps.as<float>(), plane, paddedWidth);
+    blurkernels::blurHorizontally(
+        m_coefficients, source, paddedWidth, paddedHeight, strips, steps.as<float>(), mismatch);
+    blurkernels::blurVerticallyWide(
+        m_coefficients, strips, paddedWidth, paddedHeight, std::size_t(height), steps.as<float>(), plane, paddedWidth);
     return true;
 }
 

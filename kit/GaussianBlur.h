@@ -61,13 +61,13 @@ public:
     /// with no band delivered, when the area is empty or its scratch memory cannot be had.
     /// With a `workspace` the bands come from its plane, rows planeStride(width) bytes apart.
     bool blurChannel(const BlurSource& source, int width, int height, const RowSink& sink,
-                     BlurSourceFacts* facts = nullptr, const BlurWorkspace* workspace = nullptr) const;
+        BlurSourceFacts* facts = nullptr, const BlurWorkspace* workspace = nullptr) const;
 
     /// As blurChannel into a workspace, but the result keeps 256 per 8-bit step: 16-bit values
     /// in `plane` (planeBytes x 2 bytes, rows planeStride apart), for callers that interpolate
     /// it further before rounding.
-    bool blurChannelWide(const BlurSource& source, int width, int height, std::uint16_t* strips,
-                         std::uint16_t* plane) const;
+    bool blurChannelWide(
+        const BlurSource& source, int width, int height, std::uint16_t* strips, std::uint16_t* plane) const;
 
     /// The sizes of a workspace for a blurred area of `width` x `height` pixels, and the
     /// distance between the rows of its plane.

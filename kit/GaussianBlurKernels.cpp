@@ -299,7 +299,7 @@ void BlurHorizontally(const GaussianBlur::Coefficients& c, const BlurSource& sou
 // The vertical pass, storing each finished row's values through store(row, column, vector).
 template <class Store>
 HWY_INLINE void verticalPass(const GaussianBlur::Coefficients& c, const std::uint16_t* strips, std::size_t paddedWidth,
-                             std::size_t paddedHeight, std::size_t height, float* scratch, Store&& store)
+    std::size_t paddedHeight, std::size_t height, float* scratch, Store&& store)
 {
     const D d;
     const hn::RebindToUnsigned<D> du;
@@ -325,23 +325,23 @@ HWY_INLINE void verticalPass(const GaussianBlur::Coefficients& c, const std::uin
 }
 
 void BlurVertically(const GaussianBlur::Coefficients& c, const std::uint16_t* strips, std::size_t paddedWidth,
-                    std::size_t paddedHeight, std::size_t height, float* scratch, std::uint8_t* plane,
-                    std::size_t planeStride)
+    std::size_t paddedHeight, std::size_t height, float* scratch, std::uint8_t* plane, std::size_t planeStride)
 {
     const hn::Rebind<std::uint8_t, D> d8;
-    verticalPass(c, strips, paddedWidth, paddedHeight, height, scratch, [&](std::size_t row, std::size_t column, V out) {
-        hn::StoreU(hn::DemoteTo(d8, hn::NearestInt(out)), d8, plane + row * planeStride + column);
-    });
+    verticalPass(
+        c, strips, paddedWidth, paddedHeight, height, scratch, [&](std::size_t row, std::size_t column, V out) {
+            hn::StoreU(hn::DemoteTo(d8, hn::NearestInt(out)), d8, plane + row * planeStride + column);
+        });
 }
 
 void BlurVerticallyWide(const GaussianBlur::Coefficients& c, const std::uint16_t* strips, std::size_t paddedWidth,
-                        std::size_t paddedHeight, std::size_t height, float* scratch, std::uint16_t* plane,
-                        std::size_t planeStride)
+    std::size_t paddedHeight, std::size_t height, float* scratch, std::uint16_t* plane, std::size_t planeStride)
 {
     const hn::Rebind<std::uint16_t, D> d16;
-    verticalPass(c, strips, paddedWidth, paddedHeight, height, scratch, [&](std::size_t row, std::size_t column, V out) {
-        hn::StoreU(hn::DemoteTo(d16, hn::NearestInt(out)), d16, plane + row * planeStride + column);
-    });
+    verticalPass(
+        c, strips, paddedWidth, paddedHeight, height, scratch, [&](std::size_t row, std::size_t column, V out) {
+            hn::StoreU(hn::DemoteTo(d16, hn::NearestInt(out)), d16, plane + row * planeStride + column);
+        });
 }
 
 std::size_t Lanes() { return hn::Lanes(D()) * kVectors; }
@@ -361,8 +361,7 @@ HWY_EXPORT(Lanes);
 std::size_t lanes() { return HWY_DYNAMIC_DISPATCH(Lanes)(); }
 
 void blurVerticallyWide(const GaussianBlur::Coefficients& c, const std::uint16_t* strips, std::size_t paddedWidth,
-                        std::size_t paddedHeight, std::size_t height, float* scratch, std::uint16_t* plane,
-                        std::size_t planeStride)
+    std::size_t paddedHeight, std::size_t height, float* scratch, std::uint16_t* plane, std::size_t planeStride)
 {
     HWY_DYNAMIC_DISPATCH(BlurVerticallyWide)(c, strips, paddedWidth, paddedHeight, height, scratch, plane, planeStride);
 }

@@ -30,7 +30,6 @@ void blurVertically(const GaussianBlur::Coefficients& c, const std::uint16_t* st
 
 /// The same pass keeping 256 per 8-bit step: `c` without the 1/256, 16-bit values saturated.
 void blurVerticallyWide(const GaussianBlur::Coefficients& c, const std::uint16_t* strips, std::size_t paddedWidth,
-                        std::size_t paddedHeight, std::size_t height, float* scratch, std::uint16_t* plane,
-                        std::size_t planeStride);
+    std::size_t paddedHeight, std::size_t height, float* scratch, std::uint16_t* plane, std::size_t planeStride);
 
 } // namespace kit::blurkernels

@@ -611,15 +611,18 @@ TEST(BitmapContext, AFeatheredFillIsTheExactBlurOfTheSharpFillWithinAStep)
     // bitmaps are too small to hold the blur's working memory in their own pixels.
     const std::vector<double> sigmas = { 0.1, 2.5, 5, 10, 20, 40, 100 };
     const std::vector<Shape> shapes = {
-        { "ellipse", 0, 0, [](kit::BitmapContext& c, float m) { c.addEllipseInRect(kit::Rect(m, m + 0.5f, 150.5f, 111.25f)); } },
+        { "ellipse", 0, 0,
+            [](kit::BitmapContext& c, float m) { c.addEllipseInRect(kit::Rect(m, m + 0.5f, 150.5f, 111.25f)); } },
         { "star", 0, 0, [&](kit::BitmapContext& c, float m) { star(c, m + 80.25f, m + 80.5f, 80, 30); } },
-        { "small ellipse", 9, 7, [](kit::BitmapContext& c, float) { c.addEllipseInRect(kit::Rect(1.5f, 1.25f, 6, 4.5f)); } },
+        { "small ellipse", 9, 7,
+            [](kit::BitmapContext& c, float) { c.addEllipseInRect(kit::Rect(1.5f, 1.25f, 6, 4.5f)); } },
     };
     for (const Shape& shape : shapes)
         for (double sigma : sigmas) {
             // The rasteriser's margins: the shape starts 1 + sigma in and ends 2 + sigma before the end.
             const int margin = int(sigma) + 3;
-            const int w = shape.width ? shape.width : 161 + 2 * margin, h = shape.height ? shape.height : 161 + 2 * margin;
+            const int w = shape.width ? shape.width : 161 + 2 * margin,
+                      h = shape.height ? shape.height : 161 + 2 * margin;
             Canvas sharp(w, h), soft(w, h);
             for (Canvas* canvas : { &sharp, &soft }) {
                 canvas->context->setRGBFillColor(1, 1, 1, 1);
@@ -630,7 +633,8 @@ TEST(BitmapContext, AFeatheredFillIsTheExactBlurOfTheSharpFillWithinAStep)
             std::vector<double> coverage(std::size_t(w * h));
             for (std::size_t i = 0; i < coverage.size(); ++i)
                 coverage[i] = sharp.pixels[4 * i + 3];
-            const auto exact = sigma < kit::GaussianBlur::kIdentityBelow ? coverage : exactBlurredPlane(coverage, w, h, sigma);
+            const auto exact
+                = sigma < kit::GaussianBlur::kIdentityBelow ? coverage : exactBlurredPlane(coverage, w, h, sigma);
             double worst = 0;
             for (std::size_t i = 0; i < exact.size(); ++i) {
                 const std::uint8_t* p = &soft.pixels[4 * i];

@@ -403,7 +403,8 @@ TEST(Memory, AFeatheredMaskCostsItsBufferAndAQuarterAtMost)
     };
     // The decimated blur and the full-size one, each with its working memory in the buffer.
     const std::vector<Row> rows = {
-        { "ellipse 16000 feather 100", 16203, 16203, [](Mask& m) { return ellipse(m, kit::Rect(0, 0, 16000, 16000), 100) == 0; } },
+        { "ellipse 16000 feather 100", 16203, 16203,
+            [](Mask& m) { return ellipse(m, kit::Rect(0, 0, 16000, 16000), 100) == 0; } },
         { "star 6000 feather 2.5", 6008, 6008, [&](Mask& m) { return polygon(m, star, 2.5f) == 0; } },
     };
     for (const Row& row : rows) {
@@ -415,7 +416,8 @@ TEST(Memory, AFeatheredMaskCostsItsBufferAndAQuarterAtMost)
         ASSERT_TRUE(peak) << row.name << ": the mask was not made as expected";
         const long long buffer = row.width * row.height * 4;
         if (kMeasuresMemory) {
-            EXPECT_LE(*peak, buffer + buffer / 4) << row.name << ": peak " << *peak << " bytes for a buffer of " << buffer;
+            EXPECT_LE(*peak, buffer + buffer / 4)
+                << row.name << ": peak " << *peak << " bytes for a buffer of " << buffer;
         }
     }
 }
