@@ -9,6 +9,7 @@
 // memcpy of the mask first, so that both see the same load; figures are medians over the runs, ratios the median of the
 // runs' ratios. Single thread.
 #include "Classes/Selection/GraphicsToBuffer.h"
+#include "bench/BenchTiming.h"
 #include "engine/Document.h"
 #include "host/HostEngine.h"
 
@@ -31,18 +32,9 @@ constexpr float kSide = 3000;
 constexpr float kFeather = 10;
 constexpr int kRuns = 15;
 
-using Clock = std::chrono::steady_clock;
-
-double milliseconds(Clock::time_point since)
-{
-    return std::chrono::duration<double, std::milli>(Clock::now() - since).count();
-}
-
-double median(std::vector<double> v)
-{
-    std::sort(v.begin(), v.end());
-    return v.empty() ? 0 : v[v.size() / 2];
-}
+using bench::Clock;
+using bench::median;
+using bench::milliseconds;
 
 struct Mask {
     IMAGE_BUFFER buffer {};
@@ -63,17 +55,10 @@ const Mask& mask()
     return *shared;
 }
 
-// Timed on its second copy, so that what the last step left in the caches is written back first.
 double memcpyMs()
 {
     static std::vector<unsigned char> from(mask().bytes(), 1), to(mask().bytes(), 2);
-    std::memcpy(to.data(), from.data(), from.size());
-    benchmark::ClobberMemory();
-    const auto start = Clock::now();
-    std::memcpy(to.data(), from.data(), from.size());
-    benchmark::DoNotOptimize(to.data());
-    benchmark::ClobberMemory();
-    return milliseconds(start);
+    return bench::memcpyMs(from, to);
 }
 
 std::unique_ptr<engine::Document> canvas()
@@ -126,7 +111,8 @@ void measure(benchmark::State& state, const std::string& name, const std::functi
 
 void registerAll()
 {
-    static std::unique_ptr<engine::Document>& document = *new std::unique_ptr<engine::Document>;
+    // Kept to the end of the process, and made by whichever benchmark runs first.
+    static std::unique_ptr<engine::Document>& document = *new std::unique_ptr<engine::Document>(canvas());
     auto add = [](const char* name, std::function<void()> prepare, std::function<void()> step) {
         benchmark::RegisterBenchmark(name, [=](benchmark::State& s) { measure(s, name, prepare, step); })
             ->Unit(benchmark::kMillisecond)

@@ -11,6 +11,7 @@
 // shape (computed separably in double precision: over the whole buffer for rectangles, on a
 // grid of every 16th row and column for the others).
 #include "Classes/Selection/GraphicsToBuffer.h"
+#include "bench/BenchTiming.h"
 #include "kit/BitmapContext.h"
 #include "kit/MemoryRecycler.h"
 
@@ -93,16 +94,8 @@ int buildMask(int shape, float feather, IMAGE_BUFFER& buffer, kit::Point& origin
     return -1;
 }
 
-double milliseconds(std::chrono::steady_clock::time_point since)
-{
-    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - since).count();
-}
-
-double median(std::vector<double> v)
-{
-    std::sort(v.begin(), v.end());
-    return v.empty() ? 0 : v[v.size() / 2];
-}
+using bench::median;
+using bench::milliseconds;
 
 struct Result {
     double memcpyMs = 0, maskMs = 0, ratio = 0, coldMs = 0, coldRatio = 0, alternativeMs = 0, maxError = -1;

@@ -8,6 +8,7 @@
 // memory the last one freed. Figures are medians over the runs, ratios the median of the runs'
 // ratios. Single thread.
 #include "engine/Document.h"
+#include "bench/BenchTiming.h"
 #include "host/HostEngine.h"
 
 #include <benchmark/benchmark.h>
@@ -27,31 +28,10 @@ constexpr int kEvents = 300;
 constexpr int kLength = 3000;
 constexpr int kRuns = 21;
 
-using Clock = std::chrono::steady_clock;
-
-double milliseconds(Clock::time_point since)
-{
-    return std::chrono::duration<double, std::milli>(Clock::now() - since).count();
-}
-
-double median(std::vector<double> v)
-{
-    std::sort(v.begin(), v.end());
-    return v.empty() ? 0 : v[v.size() / 2];
-}
-
-// Timed on its second copy, so that what the previous stroke left in the caches is written back
-// first: the floor is a clean memcpy.
-double memcpyMs(std::vector<unsigned char>& from, std::vector<unsigned char>& to)
-{
-    std::memcpy(to.data(), from.data(), from.size());
-    benchmark::ClobberMemory();
-    const auto start = Clock::now();
-    std::memcpy(to.data(), from.data(), from.size());
-    benchmark::DoNotOptimize(to.data());
-    benchmark::ClobberMemory();
-    return milliseconds(start);
-}
+using bench::Clock;
+using bench::median;
+using bench::memcpyMs;
+using bench::milliseconds;
 
 struct Timing {
     double stroke;

@@ -11,6 +11,7 @@
 #include <bit>
 #include <cmath>
 #include <cstring>
+#include <functional>
 #include <vector>
 
 namespace kit {
@@ -146,20 +147,11 @@ bool BitmapContext::replaceWithBlurredBox(Point low, Point high, double sigma)
 
 void BitmapContext::clearAndFillPath()
 {
-    addToRasterizer(*m_path);
-    beginPath();
     std::uint8_t colour[4];
     std::memcpy(colour, &m_fillPixel, 4);
     const std::size_t rowBytes = std::size_t(m_width) * 4;
-    // Rows come top to bottom; those no edge reaches are cleared as they are passed over.
-    int nextRow = 0;
-    auto clearRowsUpTo = [&](int end) {
-        for (; nextRow < end; ++nextRow)
-            std::memset(m_data + std::size_t(nextRow) * m_bytesPerRow, 0, rowBytes);
-    };
-    m_rasterizer.rasterize(FillRule::NonZero, antialiasing(),
+    sweepPath([&](int row) { std::memset(m_data + std::size_t(row) * m_bytesPerRow, 0, rowBytes); },
         [&](int row, int x0, int x1, const std::uint8_t* coverage, std::uint8_t rest) {
-            clearRowsUpTo(row);
             std::uint8_t* line = m_data + std::size_t(row) * m_bytesPerRow;
             std::memset(line, 0, std::size_t(x0) * 4);
             pixelkernels::writeCoverage(coverage, colour, line + std::size_t(x0) * 4, std::size_t(x1 - x0));
@@ -167,9 +159,25 @@ void BitmapContext::clearAndFillPath()
             for (int c = 0; c < 4; ++c)
                 restPixel[c] = std::uint8_t(divideBy255(colour[c] * unsigned(rest)));
             fillPixels(line + std::size_t(x1) * 4, std::size_t(m_width - x1), restPixel);
+        });
+}
+
+// Rasterises the current path (non-zero rule) and empties it. Rows come top to bottom; those no
+// edge reaches go to `clearRow` as they are passed over.
+void BitmapContext::sweepPath(const std::function<void(int)>& clearRow, const ScanlineRasterizer::RowSink& writeRow)
+{
+    addToRasterizer(*m_path);
+    beginPath();
+    int nextRow = 0;
+    m_rasterizer.rasterize(FillRule::NonZero, antialiasing(),
+        [&](int row, int x0, int x1, const std::uint8_t* coverage, std::uint8_t rest) {
+            for (; nextRow < row; ++nextRow)
+                clearRow(nextRow);
+            writeRow(row, x0, x1, coverage, rest);
             nextRow = row + 1;
         });
-    clearRowsUpTo(m_height);
+    for (; nextRow < m_height; ++nextRow)
+        clearRow(nextRow);
 }
 
 bool BitmapContext::clearAndFillPathBlurred(double sigma)
@@ -188,24 +196,14 @@ bool BitmapContext::clearAndFillPathBlurred(double sigma)
 // The current path's coverage, one byte a pixel, rows width bytes apart; empties the path.
 void BitmapContext::writeCoverage(std::uint8_t* plane)
 {
-    addToRasterizer(*m_path);
-    beginPath();
     const std::size_t width = std::size_t(m_width);
-    int nextRow = 0;
-    auto clearRowsUpTo = [&](int end) {
-        for (; nextRow < end; ++nextRow)
-            std::memset(plane + std::size_t(nextRow) * width, 0, width);
-    };
-    m_rasterizer.rasterize(FillRule::NonZero, antialiasing(),
+    sweepPath([&](int row) { std::memset(plane + std::size_t(row) * width, 0, width); },
         [&](int row, int x0, int x1, const std::uint8_t* coverage, std::uint8_t rest) {
-            clearRowsUpTo(row);
             std::uint8_t* line = plane + std::size_t(row) * width;
             std::memset(line, 0, std::size_t(x0));
             std::memcpy(line + x0, coverage, std::size_t(x1 - x0));
             std::memset(line + x1, rest, std::size_t(m_width - x1));
-            nextRow = row + 1;
         });
-    clearRowsUpTo(m_height);
 }
 
 void BitmapContext::addToRasterizer(const MutablePath& path)

@@ -10,6 +10,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 
 namespace kit {
 
@@ -98,6 +99,7 @@ private:
     void fill(const MutablePath& path, FillRule rule, Paint paint);
     void addToRasterizer(const MutablePath& path);
     void writeCoverage(std::uint8_t* plane);
+    void sweepPath(const std::function<void(int)>& clearRow, const ScanlineRasterizer::RowSink& writeRow);
     void paintSpan(int row, int x0, int x1, std::uint8_t cover, Paint paint);
 
     std::uint8_t* m_data;
