@@ -18,6 +18,10 @@
 #include <filesystem>
 #include <sstream>
 
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
 namespace fs = std::filesystem;
 
 namespace {
@@ -150,12 +154,23 @@ TEST_F(SessionTest, RuntimeFailuresNameTheLineAndKeepEarlierFiles)
     EXPECT_EQ(error.rfind("t.session:1: save-mask: cannot write ", 0), 0u) << error;
 }
 
-/// Runs the installed host program and returns its exit status.
-int host(const std::string& arguments, const fs::path& cwd)
+/// Runs the installed host program and returns its exit status, and the most memory it held.
+int host(const std::string& arguments, const fs::path& cwd, long* peakKilobytes = nullptr)
 {
     const fs::path program = builtTreeFolder() / "Quillmark.app/Contents/bin/quillmark-host";
-    const std::string command = "cd '" + cwd.string() + "' && '" + program.string() + "' " + arguments + " >out.txt 2>err.txt";
-    const int status = std::system(command.c_str());
+    const std::string command
+        = "cd '" + cwd.string() + "' && exec '" + program.string() + "' " + arguments + " >out.txt 2>err.txt";
+    const pid_t child = fork();
+    if (child == 0) {
+        execl("/bin/sh", "sh", "-c", command.c_str(), static_cast<char*>(nullptr));
+        _exit(127);
+    }
+    int status = 0;
+    rusage usage {};
+    if (child < 0 || wait4(child, &status, 0, &usage) != child)
+        return -1;
+    if (peakKilobytes)
+        *peakKilobytes = usage.ru_maxrss;
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
@@ -209,6 +224,19 @@ TEST(HostProgram, ABadScriptStopsWithStatusTwoAndTheLine)
     EXPECT_NE(readFile(dir.path() / "err.txt").find("f.txt:2: filter: 'inputRadius=-nan'"), std::string::npos);
     EXPECT_EQ(host("bogus", dir.path()), 2);
     EXPECT_EQ(host("session", dir.path()), 2);
+}
+
+TEST(HostProgram, AShapeWhollyOffTheCanvasCostsItsMaskNotTheDistance)
+{
+    TempDir dir;
+    dir.write("far.jsonl", R"({"kind":90,"param0":2,"param1":0,"param2":1,"param3":1e9,"param4":1e9,"param5":3000,)"
+                           R"("param6":3000,"param7":0,"param8":100,"text":"","name":"Selection"})" "\n");
+    long peak = 0;
+    ASSERT_EQ(host("replay far.jsonl --out r", dir.path(), &peak), 0) << readFile(dir.path() / "err.txt");
+    EXPECT_NE(readFile(dir.path() / "out.txt").find("replayed 1 record"), std::string::npos);
+#if !defined(__SANITIZE_ADDRESS__) // the sanitizer's shadow and quarantine are not the program's
+    EXPECT_LT(peak, 200 * 1024) << "kilobytes";
+#endif
 }
 
 TEST(HostProgram, ReplayCommandWritesTheReplayedMaskAndLog)
