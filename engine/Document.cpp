@@ -207,6 +207,54 @@ void Document::writePaintPixels(const std::uint8_t* rgba)
         changed();
 }
 
+template <typename Map> void Document::mapMaskAlpha(Map map)
+{
+    m_undo.closeStep();
+    const PixelRect canvas = canvasRect();
+    const PixelRect cells = m_mask.cellRangeFor(canvas);
+    bool any = false;
+    for (std::int64_t row = cells.top; row < cells.bottom; ++row) {
+        for (std::int64_t column = cells.left; column < cells.right; ++column) {
+            const CellKey key { column, row };
+            const PixelRect cellRect = m_mask.canvasRectOf(key);
+            const PixelRect part = cellRect.intersected(canvas);
+            // A missing cell is transparent: it changes only when the map lifts alpha 0.
+            if (!m_mask.find(key) && map(std::uint8_t { 0 }) == 0)
+                continue;
+            m_undo.recordBefore(m_mask, key);
+            CellPixels& cell = m_mask.ensure(key);
+            for (std::int64_t y = part.top; y < part.bottom; ++y) {
+                std::uint8_t* p = cell.data() + (y - cellRect.top) * kCellRowBytes + (part.left - cellRect.left) * 4;
+                for (std::int64_t x = part.left; x < part.right; ++x, p += 4) {
+                    const std::uint8_t a = map(p[3]);
+                    p[0] = p[1] = p[2] = p[3] = a;
+                }
+            }
+            any = true;
+        }
+    }
+    m_undo.closeStep();
+    if (any)
+        changed();
+}
+
+void Document::selectAll()
+{
+    mapMaskAlpha([](std::uint8_t) { return std::uint8_t { 255 }; });
+}
+
+void Document::selectNone()
+{
+    m_undo.closeStep();
+    deleteLayer(kSelectionMaskLayerId, 0);
+    m_undo.closeStep();
+}
+
+void Document::invertSelection()
+{
+    mapMaskAlpha([](std::uint8_t a) { return std::uint8_t(255 - a); });
+}
+
 std::size_t Document::cellCount(int layer) const
 {
     const Layer* found = layerById(layer);

@@ -91,6 +91,13 @@ public:
     /// gives the paint layer back; the canvas keeps the new size. False, changing nothing, for a
     /// size setCanvasSize refuses or pixels that do not match it.
     bool openPicture(int width, int height, const std::vector<std::uint8_t>& rgba);
+    /// The host's selection commands, each one undo step of its own (an open step is closed
+    /// first): every canvas pixel of the selection mask selected, none, or each pixel's
+    /// selection turned around (255 - alpha). Mask pixels off the canvas are left alone, except
+    /// that selectNone empties the whole layer as IPD_Layer_Delete does.
+    void selectAll();
+    void selectNone();
+    void invertSelection();
     /// Cells the layer holds, on or off the canvas; 0 for an unknown layer.
     std::size_t cellCount(int layer) const;
     std::size_t undoDepth() const;
@@ -149,6 +156,9 @@ private:
     Layer& strokeLayer();
     void layStroke(Brush& brush, unsigned int colour, int x, int y);
     void writePaintPixels(const std::uint8_t* rgba);
+    /// Gives every canvas pixel of the mask the alpha `map` makes of its own (as premultiplied
+    /// white), recording the cells that change into one undo step.
+    template <typename Map> void mapMaskAlpha(Map map);
     void changed();
     int refuse(std::string message);
 

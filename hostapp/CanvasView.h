@@ -6,19 +6,27 @@
 #include "kit/View.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace hostapp {
 
 /// The host draws the canvas in this view and keeps a few controls along its bottom-left
-/// corner: zoom in, zoom out, fit, a pan pad, and the filter pop-up with its slider. Each control is watched by a tracking area
-/// on this view, which is how the plug-in learns where the host's controls are. Presses that
-/// the overlay passes on arrive here through the responder chain.
+/// corner: zoom in, zoom out, fit, a pan pad, and the filter pop-up with its slider. Each control is watched by a
+/// tracking area on this view, which is how the plug-in learns where the host's controls are. Presses that the overlay
+/// passes on arrive here through the responder chain.
 class CanvasView final : public kit::View {
     KIT_MAKEABLE
 public:
-    enum class Control { ZoomIn, ZoomOut, Fit, Pan, Filter, Area };
+    enum class Control {
+        ZoomIn,
+        ZoomOut,
+        Fit,
+        Pan,
+        Filter,
+        Area
+    };
     struct HostControl {
         Control kind;
         kit::Rect rect;
@@ -41,10 +49,43 @@ public:
     const std::vector<std::string>& hostLog() const { return m_log; }
 
     /// The canvas (paper, paint layer, the selection tinted and outlined with marching ants) at
-    /// the document's pan and zoom, and the host's controls.
+    /// the document's pan and zoom, the host's controls and its status line. Only the part of
+    /// the canvas within `dirty` is drawn.
     void drawRect(const kit::Rect& dirty) override;
-    /// The view point of a canvas point at the document's current pan and zoom.
+    /// The view point of a canvas point at the document's current pan and zoom, and back.
     kit::Point viewPointOfCanvasPoint(kit::Point canvas) const;
+    kit::Point canvasPointOfViewPoint(kit::Point view) const;
+
+    /// Whether the selection has an outline on the canvas for the ants to march along.
+    bool hasOutline();
+    /// Moves the ants one step along the outline.
+    void advanceAnts() { ++m_antPhase; }
+    /// The view rectangles that hold the outline: what a step of the ants redraws.
+    std::vector<kit::Rect> outlineArea();
+
+    /// Zooms by `factor` keeping the canvas point under `viewPoint` where it is.
+    void zoomAbout(double factor, kit::Point viewPoint);
+    /// Shows the canvas at one point a canvas pixel, about the visible centre.
+    void showActualSize();
+    /// Shows the whole canvas.
+    void fit();
+    /// Moves the canvas with the pointer by a drag of (dx, dy) points.
+    void panBy(float dx, float dy);
+
+    /// Where the pointer is, for the status line; outside the view it shows no position.
+    void setPointer(std::optional<kit::Point> viewPoint) { m_pointer = viewPoint; }
+    /// Shows `message` in the status line for a few seconds instead of the status.
+    void showMessage(const std::string& message);
+    /// The status line's text: zoom, the pointer's canvas position, the selection's bounds and
+    /// its selected pixel count (mask sum / 255).
+    std::string statusText();
+    /// Opens a PNG as the canvas picture and fits it, or says in the status line and on
+    /// standard error why the file cannot be used.
+    bool openPicture(const std::string& path);
+    /// The picture last opened, empty while there is none.
+    const std::string& picturePath() const { return m_picturePath; }
+    /// Whether the window's first responder is the field editor of a text field being edited.
+    bool editingText() const;
 
     bool acceptsFirstResponder() const override { return true; }
     void mouseDown(const kit::Event& event) override;
@@ -69,11 +110,15 @@ private:
     void act(Control kind);
     void zoomBy(double factor);
     void note(const std::string& line) { m_log.push_back(line); }
-    /// Whether the window's first responder is the field editor of a text field being edited.
-    bool editingText() const;
-    /// The canvas at one pixel a canvas pixel: what the host shows before scaling.
-    kit::RefPtr<kit::Image> canvasPicture() const;
-    void drawControls() const;
+    /// The canvas at one pixel a canvas pixel without the ants (what the host shows before
+    /// scaling), the outline and the selection's figures, made again when the document changed.
+    void refreshCanvas();
+    kit::RefPtr<kit::Image> canvasPicture(const std::vector<std::uint8_t>& mask) const;
+    void measureSelection(const std::vector<std::uint8_t>& mask);
+    void drawAnts(const kit::Rect& dirty) const;
+    void drawControls(const kit::Rect& dirty) const;
+    void drawStatus(const kit::Rect& dirty);
+    void clearMessage();
 
     engine::Document* m_document = nullptr;
     std::vector<HostControl> m_controls;
@@ -83,6 +128,21 @@ private:
     /// The filter control that took the press, which its drag and release follow.
     kit::RefPtr<kit::View> m_pressedFilterControl;
     kit::Point m_lastDrag;
+
+    /// One run of outline pixels along a canvas row.
+    struct OutlineRun {
+        int x, y, length;
+    };
+    kit::RefPtr<kit::Image> m_picture;
+    std::uint64_t m_pictureRevision = 0;
+    std::vector<OutlineRun> m_outline;
+    int m_antPhase = 0;
+    /// The selection's bounds in canvas pixels (left, top, right, bottom) and its pixel count.
+    int m_selectionBounds[4] = {};
+    double m_selectedPixels = 0;
+    std::optional<kit::Point> m_pointer;
+    std::string m_message;
+    std::string m_picturePath;
 };
 
 } // namespace hostapp

@@ -150,6 +150,8 @@ bool SessionRunner::execute(const SessionCommand& command, std::string& problem)
         return replayLog(outputPath(command.text), problem) >= 0;
     } else if (name == "open" || name == "filter" || name == "save-picture") {
         return editPicture(command, problem);
+    } else if (HostPicture(document()).changeSelection(name)) {
+        return true;
     } else {
         problem = "not a command of this host";
         return false;

@@ -69,6 +69,9 @@ const std::vector<Syntax>& commandTable()
         { "open", { Arg::Rest }, "open FILE" },
         { "filter", { Arg::Rest }, "filter NAME [KEY=VALUE ...]" },
         { "save-picture", { Arg::Rest }, "save-picture FILE" },
+        { "select-all", {}, "select-all" },
+        { "select-none", {}, "select-none" },
+        { "invert-selection", {}, "invert-selection" },
     };
     return table;
 }

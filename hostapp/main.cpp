@@ -5,6 +5,8 @@
 #include "hostapp/SessionRunner.h"
 #include "hostapp/SessionScript.h"
 
+#include <algorithm>
+#include <cctype>
 #include <cstring>
 #include <filesystem>
 #include <iostream>
@@ -18,7 +20,7 @@ constexpr int kUsageError = 2;
 void printUsage(std::ostream& out)
 {
     out << "usage:\n"
-           "  quillmark-host                             open the canvas window (needs a display)\n"
+           "  quillmark-host [PICTURE.png]               open the canvas window (needs a display)\n"
            "  quillmark-host demo [--out DIR]            run the built-in demo (files go to DIR, default out)\n"
            "  quillmark-host session FILE [--out DIR]    run a session script headless\n"
            "  quillmark-host replay LOG... [--out DIR]   replay action logs onto a fresh document\n";
@@ -29,6 +31,14 @@ struct Options {
     std::vector<std::string> files;
     std::filesystem::path outDir = "out";
 };
+
+/// A word that names a PNG file: a mistyped command stays a usage error instead of a window.
+bool isPicture(const std::string& word)
+{
+    std::string ext = std::filesystem::path(word).extension().string();
+    std::transform(ext.begin(), ext.end(), ext.begin(), [](unsigned char c) { return char(std::tolower(c)); });
+    return ext == ".png";
+}
 
 bool parseOptions(int argc, char** argv, Options& options)
 {
@@ -82,12 +92,12 @@ int runDemo(const PluginModule& table, const Options& options)
     return 0;
 }
 
-int runInteractive()
+int runInteractive(const std::string& picture)
 {
     std::string error;
     auto plugin = hostapp::PluginHost::loadInstalled(error);
     if (plugin) {
-        hostapp::InteractiveWindow window(plugin->table());
+        hostapp::InteractiveWindow window(plugin->table(), picture);
         if (window.run(error))
             return 0;
     }
@@ -116,11 +126,14 @@ int main(int argc, char** argv)
 {
     Options options;
     if (argc == 1)
-        return runInteractive();
+        return runInteractive({});
     if (argc == 2 && (std::strcmp(argv[1], "--help") == 0 || std::strcmp(argv[1], "-h") == 0)) {
         printUsage(std::cout);
         return 0;
     }
+    // One argument naming a PNG file is the picture the window opens.
+    if (argc == 2 && isPicture(argv[1]))
+        return runInteractive(argv[1]);
     if (!parseOptions(argc, argv, options)) {
         printUsage(std::cerr);
         return kUsageError;

@@ -156,6 +156,14 @@ RefPtr<Image> GraphicsContext::takeImage()
     return Image::imageWithRGBA(m_width, m_height, std::move(m_pixels));
 }
 
+const std::uint8_t* GraphicsContext::pixelData() const
+{
+    cairo_surface_flush(m_surface);
+    return cairo_image_surface_get_data(m_surface);
+}
+
+int GraphicsContext::bytesPerRow() const { return cairo_image_surface_get_stride(m_surface); }
+
 void GraphicsContext::saveGState()
 {
     cairo_save(m_cairo);

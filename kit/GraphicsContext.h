@@ -6,6 +6,7 @@
 #include "kit/Geometry.h"
 #include "kit/Object.h"
 
+#include <cstdint>
 #include <string_view>
 #include <vector>
 
@@ -57,6 +58,11 @@ public:
     /// The pixels drawn so far, handed over as an image without a copy (a screenshot costs its
     /// image once); the context draws nothing afterwards.
     RefPtr<Image> takeImage();
+    /// The pixels drawn so far, in place: native-endian premultiplied 32-bit ARGB words, rows
+    /// top first, bytesPerRow() apart. Valid until the next drawing call; a screen takes them
+    /// without the copy makeImage makes.
+    const std::uint8_t* pixelData() const;
+    int bytesPerRow() const;
 
     /// Saves and restores the transform, clip, colours and line settings.
     void saveGState();
@@ -98,7 +104,7 @@ public:
     /// Draws `source` (in the image's points, origin bottom left; the whole image when empty)
     /// of `image` scaled into `destination`, upright whichever way user space points.
     void drawImage(const Image& image, const Rect& destination, const Rect& source = {},
-                   CompositingOperation operation = CompositeSourceOver, float fraction = 1);
+        CompositingOperation operation = CompositeSourceOver, float fraction = 1);
 
     /// Draws one line of text with its baseline's left end at `baseline`, upright.
     void drawTextLine(std::string_view utf8, Point baseline, const Font& font, const Color& color);

@@ -97,11 +97,13 @@ void RunLoop::advance(double seconds)
     AutoreleasePool::current().drain();
 }
 
-void RunLoop::runDue()
+std::size_t RunLoop::runDue()
 {
-    while (runOneDue(now())) {
-    }
+    std::size_t ran = 0;
+    while (runOneDue(now()))
+        ++ran;
     AutoreleasePool::current().drain();
+    return ran;
 }
 
 } // namespace kit

@@ -36,7 +36,8 @@ public:
     /// (with the clock set to that time), then drains the autorelease pool.
     void advance(double seconds);
     /// Runs what is due now, then drains the autorelease pool; the interactive loop calls it.
-    void runDue();
+    /// Gives how many calls ran, so that a window redraws only when something happened.
+    std::size_t runDue();
 
     std::size_t pendingCount() const { return m_pending.size(); }
     std::optional<double> nextDueTime() const;

@@ -57,7 +57,9 @@ float Slider::knobThickness() const
 {
     const Rect b = bounds();
     const float across = isVertical() ? b.width() : b.height();
-    return std::clamp(across - 4, 8.0f, 18.0f);
+    // Four points clear on either side: a slider laid along the lower edge of a bar keeps its
+    // knob off the bar's border line.
+    return std::clamp(across - 8, 8.0f, 18.0f);
 }
 
 float Slider::travelStart() const { return knobThickness() / 2; }

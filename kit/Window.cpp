@@ -114,13 +114,21 @@ RefPtr<Image> Window::renderImage()
     RefPtr<GraphicsContext> context = GraphicsContext::create(int(std::ceil(size.width)), int(std::ceil(size.height)));
     if (!context)
         return nullptr;
-    context->setFillColor(m_backgroundColor);
-    context->fillRect({ 0, 0, float(context->pixelsWide()), float(context->pixelsHigh()) });
+    displayRect(*context, { 0, 0, float(context->pixelsWide()), float(context->pixelsHigh()) });
+    return context->takeImage();
+}
+
+void Window::displayRect(GraphicsContext& context, const Rect& dirty)
+{
+    context.saveGState();
+    context.clipToRect(dirty);
+    context.setFillColor(m_backgroundColor);
+    context.fillRect(dirty);
     if (m_contentView) {
         // The content view sits at the window's origin, whatever its frame says.
-        m_contentView->displayInContext(*context);
+        m_contentView->displayInContext(context);
     }
-    return context->takeImage();
+    context.restoreGState();
 }
 
 void Window::viewWillLeave(View* view)

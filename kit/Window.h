@@ -58,6 +58,9 @@ public:
     /// back to front, one pixel per point (rounded up). Tool tips are not drawn. Null when
     /// the content area is empty or larger than an image may be.
     RefPtr<Image> renderImage();
+    /// Draws the background and the content view's tree into `context` (window points, y up,
+    /// one pixel per point), only within `dirty`: a screen redraws just what changed.
+    void displayRect(GraphicsContext& context, const Rect& dirty);
 
     /// Delivers an event: a press to the deepest visible view under it (which becomes first
     /// responder if it accepts; when the current one will not resign, the press is dropped),

@@ -11,6 +11,9 @@ echo "== normal build"
 tools/build.sh build
 (cd build && ctest --output-on-failure)
 
+echo "== the window on a virtual screen"
+timeout 300 tools/window-test.sh build
+
 echo "== sanitizer build (address, undefined)"
 tools/build.sh build-asan -DQUILLMARK_SANITIZE=ON -DCMAKE_BUILD_TYPE=Debug
 export ASAN_OPTIONS=abort_on_error=1:detect_leaks=1

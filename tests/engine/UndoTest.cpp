@@ -218,3 +218,46 @@ TEST(PaintPictures, OpeningSetsTheCanvasDropsTheOldPictureAndUndoesInOneStep)
     ASSERT_TRUE(document.setCanvasSize(1000, 800));
     EXPECT_EQ(document.paintPixels(), before);
 }
+
+// The host's selection commands on a canvas of uneven size with a half-selected patch, its
+// mask layer offset so that cells straddle the canvas edge: each gives the expected alpha at
+// every canvas pixel, leaves what lies off the canvas alone, and is one undo step that an
+// open gesture does not join.
+TEST(HostSelectionCommands, EachMapsEveryCanvasPixelInOneUndoStep)
+{
+    struct Case {
+        const char* name;
+        void (Document::*command)();
+        int outside, inside; // alpha after the command, off and on the patch
+    };
+    const Case cases[] = {
+        { "all", &Document::selectAll, 255, 255 },
+        { "none", &Document::selectNone, 0, 0 },
+        { "invert", &Document::invertSelection, 255, 127 },
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        Document document;
+        ASSERT_TRUE(document.setCanvasSize(130, 70));
+        ASSERT_TRUE(document.setLayerOffset(kMask, -5, 3));
+        std::vector<std::uint8_t> patch = whiteImage(20, 10, 128);
+        ASSERT_EQ(IPD_LayerPaint_ImportImageData(document.context(), kMask, patch.data(), 20, 10, 40, 30), 0);
+        // Left open, as a gesture leaves its step until the release.
+        const std::vector<std::uint8_t> before = document.maskAlpha();
+        const std::size_t cellsBefore = document.cellCount(kMask);
+
+        (document.*c.command)();
+        const std::vector<std::uint8_t> after = document.maskAlpha();
+        for (int y = 0; y < 70; ++y) {
+            for (int x = 0; x < 130; ++x) {
+                const bool onPatch = x >= 35 && x < 55 && y >= 33 && y < 43;
+                ASSERT_EQ(after[std::size_t(y) * 130 + x], onPatch ? c.inside : c.outside) << x << "," << y;
+            }
+        }
+        EXPECT_FALSE(document.hasOpenUndoStep());
+        ASSERT_EQ(document.undoDepth(), 2u);
+        ASSERT_EQ(document.undo(), 0);
+        EXPECT_EQ(document.maskAlpha(), before);
+        EXPECT_EQ(document.cellCount(kMask), cellsBefore);
+    }
+}

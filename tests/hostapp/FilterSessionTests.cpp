@@ -222,8 +222,22 @@ TEST_F(FilterSessionTest, BadFiltersAndPicturesStopTheScriptNamingTheCulprit)
     EXPECT_EQ(failure("filter CIGaussianBlur inputRadius=1 inputRadius=2\n"),
         "t.session:1: filter: 'inputRadius' is set twice");
     EXPECT_EQ(failure("filter\n"), "t.session:1: usage: filter NAME [KEY=VALUE ...]");
-    const std::string missing = failure("open nothing-here.png\n");
-    EXPECT_EQ(missing.rfind("t.session:1: open: cannot read the picture ", 0), 0u) << missing;
+    // A file that cannot be used is named with the reason.
+    dir.write("text.png", "not a picture\n");
+    dir.write("short.png", "\x89PNG");
+    dir.write("broken.png", std::string("\x89PNG\r\n\x1a\n", 8) + "garbage after the signature");
+    const std::pair<const char*, const char*> unusable[] = {
+        { "nothing-here.png", "there is no such file" },
+        { "text.png", "it is not a PNG file" },
+        { "short.png", "it is too short for a PNG" },
+        { "broken.png", "its PNG data cannot be decoded" },
+        { ".", "it is not a file" },
+    };
+    for (const auto& [name, reason] : unusable) {
+        const std::string message = failure("open " + std::string(name) + "\n");
+        EXPECT_EQ(message.rfind("t.session:1: open: cannot open the picture ", 0), 0u) << message;
+        EXPECT_NE(message.find(std::string(name) + ": " + reason), std::string::npos) << message;
+    }
     EXPECT_EQ(runner->document().actionLog().size(), 0u);
     // A host record that no longer makes sense stops the replay, naming the record.
     dir.write("bad.jsonl", R"({"kind":201,"param0":0,"param1":0,"param2":0,"param3":0,"param4":0,"param5":0,)"

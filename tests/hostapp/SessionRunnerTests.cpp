@@ -133,6 +133,34 @@ TEST_F(SessionTest, ALogSavedAndReplayedReachesThePlaySlot)
     EXPECT_EQ(doc.actionLog().size(), 4u);
 }
 
+TEST_F(SessionTest, HostSelectionCommandsAreUndoStepsAndReplayFromTheLog)
+{
+    // A drag selects a 100 x 80 box; the host inverts it, then selects all, none, and inverts.
+    std::string error;
+    ASSERT_TRUE(run("run\nwait 1.1\ndown 300 300\ndrag 400 380\nup 400 380\ninvert-selection\n", error)) << error;
+    auto& doc = runner->document();
+    const std::vector<std::uint8_t> inverted = doc.maskAlpha();
+    EXPECT_EQ(std::count(inverted.begin(), inverted.end(), std::uint8_t { 255 }), 1000 * 800 - 100 * 80);
+    ASSERT_TRUE(run("select-all\nselect-none\ninvert-selection\nsave-log log.jsonl\n", error)) << error;
+    const std::vector<std::uint8_t> last = doc.maskAlpha();
+    EXPECT_EQ(std::count(last.begin(), last.end(), std::uint8_t { 255 }), 1000 * 800);
+    std::vector<std::int32_t> kinds;
+    for (const SelectionEventRecord& record : doc.actionLog().records())
+        kinds.push_back(record.kind);
+    EXPECT_EQ(kinds, (std::vector<std::int32_t> { 90, 204, 202, 203, 204 }));
+    // One undo step each.
+    ASSERT_TRUE(run("undo\nundo\nundo\n", error)) << error;
+    EXPECT_EQ(doc.maskAlpha(), inverted);
+
+    // A replay onto a fresh document applies the host's records itself.
+    std::ostringstream replayReport;
+    hostapp::SessionRunner fresh(plugin->table(), dir.path(), replayReport);
+    auto script = hostapp::SessionScript::parse("run\nwait 0.6\nreplay log.jsonl\n", "r", error);
+    ASSERT_TRUE(script && fresh.run(*script, error)) << error;
+    EXPECT_EQ(fresh.document().maskAlpha(), last);
+    EXPECT_EQ(fresh.document().actionLog().size(), 5u);
+}
+
 TEST_F(SessionTest, RuntimeFailuresNameTheLineAndKeepEarlierFiles)
 {
     std::string error;
