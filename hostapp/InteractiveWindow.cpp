@@ -210,14 +210,14 @@ private:
     {
         namespace fs = std::filesystem;
         const fs::path picture = view().picturePath();
-        const fs::path folder = picture.empty() ? fs::path(".") : picture.parent_path();
+        const fs::path folder = picture.has_parent_path() ? picture.parent_path() : fs::path(".");
         const std::string stem = picture.empty() ? "untitled" : picture.stem().string();
         const fs::path names[3] = { stem + "-picture.png", stem + "-mask.png", stem + "-log.jsonl" };
         std::string problem;
         const bool saved = HostPicture(m_runner.document()).save(folder / names[0], problem)
             && m_runner.saveMask(folder / names[1], problem) && m_runner.saveLog(folder / names[2], problem);
         std::error_code ec;
-        const fs::path where = fs::absolute(folder, ec).lexically_normal();
+        const fs::path where = fs::absolute(folder / names[0], ec).lexically_normal().parent_path();
         const std::string message = saved ? "saved " + names[0].string() + ", " + names[1].string() + " and "
                 + names[2].string() + " in " + where.string()
                                           : "cannot save: " + problem;
