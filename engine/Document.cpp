@@ -32,6 +32,20 @@ template <typename Visit> void forEachCanvasRow(const Layer& layer, const PixelR
     }
 }
 
+// Visits the cells of the layer's grid that meet the canvas, made or not, with each cell's canvas
+// rectangle and the part of it on the canvas.
+template <typename Visit> void forEachCellOnCanvas(const Layer& layer, const PixelRect& canvas, Visit visit)
+{
+    const PixelRect cells = layer.cellRangeFor(canvas);
+    for (std::int64_t row = cells.top; row < cells.bottom; ++row) {
+        for (std::int64_t column = cells.left; column < cells.right; ++column) {
+            const CellKey key { column, row };
+            const PixelRect cellRect = layer.canvasRectOf(key);
+            visit(key, cellRect, cellRect.intersected(canvas));
+        }
+    }
+}
+
 } // namespace
 
 Document::Document()
@@ -175,34 +189,27 @@ bool Document::openPicture(int width, int height, const std::vector<std::uint8_t
 
 void Document::writePaintPixels(const std::uint8_t* rgba)
 {
-    const PixelRect canvas = canvasRect();
-    const PixelRect cells = m_paint.cellRangeFor(canvas);
     const std::size_t canvasRowBytes = std::size_t(m_canvasWidth) * 4;
     static const CellPixels kEmpty {};
     bool any = false;
-    for (std::int64_t row = cells.top; row < cells.bottom; ++row) {
-        for (std::int64_t column = cells.left; column < cells.right; ++column) {
-            const CellKey key { column, row };
-            const PixelRect cellRect = m_paint.canvasRectOf(key);
-            const PixelRect part = cellRect.intersected(canvas);
-            const CellPixels* cell = m_paint.find(key);
-            const std::size_t bytes = std::size_t(part.right - part.left) * 4;
-            auto source = [&](std::int64_t y) { return rgba + y * canvasRowBytes + part.left * 4; };
-            auto target = [&](auto& c, std::int64_t y) {
-                return c.data() + (y - cellRect.top) * kCellRowBytes + (part.left - cellRect.left) * 4;
-            };
-            bool differs = false;
-            for (std::int64_t y = part.top; y < part.bottom && !differs; ++y)
-                differs = std::memcmp(source(y), target(cell ? *cell : kEmpty, y), bytes) != 0;
-            if (!differs)
-                continue;
-            m_undo.recordBefore(m_paint, key);
-            CellPixels& written = m_paint.ensure(key);
-            for (std::int64_t y = part.top; y < part.bottom; ++y)
-                std::memcpy(target(written, y), source(y), bytes);
-            any = true;
-        }
-    }
+    forEachCellOnCanvas(m_paint, canvasRect(), [&](CellKey key, const PixelRect& cellRect, const PixelRect& part) {
+        const CellPixels* cell = m_paint.find(key);
+        const std::size_t bytes = std::size_t(part.right - part.left) * 4;
+        auto source = [&](std::int64_t y) { return rgba + y * canvasRowBytes + part.left * 4; };
+        auto target = [&](auto& c, std::int64_t y) {
+            return c.data() + (y - cellRect.top) * kCellRowBytes + (part.left - cellRect.left) * 4;
+        };
+        bool differs = false;
+        for (std::int64_t y = part.top; y < part.bottom && !differs; ++y)
+            differs = std::memcmp(source(y), target(cell ? *cell : kEmpty, y), bytes) != 0;
+        if (!differs)
+            return;
+        m_undo.recordBefore(m_paint, key);
+        CellPixels& written = m_paint.ensure(key);
+        for (std::int64_t y = part.top; y < part.bottom; ++y)
+            std::memcpy(target(written, y), source(y), bytes);
+        any = true;
+    });
     if (any)
         changed();
 }
@@ -210,29 +217,22 @@ void Document::writePaintPixels(const std::uint8_t* rgba)
 template <typename Map> void Document::mapMaskAlpha(Map map)
 {
     m_undo.closeStep();
-    const PixelRect canvas = canvasRect();
-    const PixelRect cells = m_mask.cellRangeFor(canvas);
     bool any = false;
-    for (std::int64_t row = cells.top; row < cells.bottom; ++row) {
-        for (std::int64_t column = cells.left; column < cells.right; ++column) {
-            const CellKey key { column, row };
-            const PixelRect cellRect = m_mask.canvasRectOf(key);
-            const PixelRect part = cellRect.intersected(canvas);
-            // A missing cell is transparent: it changes only when the map lifts alpha 0.
-            if (!m_mask.find(key) && map(std::uint8_t { 0 }) == 0)
-                continue;
-            m_undo.recordBefore(m_mask, key);
-            CellPixels& cell = m_mask.ensure(key);
-            for (std::int64_t y = part.top; y < part.bottom; ++y) {
-                std::uint8_t* p = cell.data() + (y - cellRect.top) * kCellRowBytes + (part.left - cellRect.left) * 4;
-                for (std::int64_t x = part.left; x < part.right; ++x, p += 4) {
-                    const std::uint8_t a = map(p[3]);
-                    p[0] = p[1] = p[2] = p[3] = a;
-                }
+    forEachCellOnCanvas(m_mask, canvasRect(), [&](CellKey key, const PixelRect& cellRect, const PixelRect& part) {
+        // A missing cell is transparent: it changes only when the map lifts alpha 0.
+        if (!m_mask.find(key) && map(std::uint8_t { 0 }) == 0)
+            return;
+        m_undo.recordBefore(m_mask, key);
+        CellPixels& cell = m_mask.ensure(key);
+        for (std::int64_t y = part.top; y < part.bottom; ++y) {
+            std::uint8_t* p = cell.data() + (y - cellRect.top) * kCellRowBytes + (part.left - cellRect.left) * 4;
+            for (std::int64_t x = part.left; x < part.right; ++x, p += 4) {
+                const std::uint8_t a = map(p[3]);
+                p[0] = p[1] = p[2] = p[3] = a;
             }
-            any = true;
         }
-    }
+        any = true;
+    });
     m_undo.closeStep();
     if (any)
         changed();

@@ -331,24 +331,25 @@ std::string number(double value)
 
 } // namespace
 
-kit::Point CanvasView::viewPointOfCanvasPoint(kit::Point canvas) const
+CanvasView::ViewMapping CanvasView::viewMapping() const
 {
     const engine::ViewRect view = m_document->viewRect();
-    const float zoom = float(m_document->viewSize().width) / float(view.width);
-    const float centreX = float(view.x + view.width / 2);
-    const float centreY = float(view.y + view.height / 2);
+    return { float(m_document->viewSize().width) / float(view.width), float(view.x + view.width / 2),
+             float(view.y + view.height / 2) };
+}
+
+kit::Point CanvasView::viewPointOfCanvasPoint(kit::Point canvas) const
+{
+    const ViewMapping m = viewMapping();
     const kit::Size size = bounds().size;
-    return { size.width * 0.5f + (canvas.x - centreX) * zoom, size.height * 0.5f - (canvas.y - centreY) * zoom };
+    return { size.width * 0.5f + (canvas.x - m.centreX) * m.zoom, size.height * 0.5f - (canvas.y - m.centreY) * m.zoom };
 }
 
 kit::Point CanvasView::canvasPointOfViewPoint(kit::Point point) const
 {
-    const engine::ViewRect view = m_document->viewRect();
-    const float zoom = float(m_document->viewSize().width) / float(view.width);
-    const float centreX = float(view.x + view.width / 2);
-    const float centreY = float(view.y + view.height / 2);
+    const ViewMapping m = viewMapping();
     const kit::Size size = bounds().size;
-    return { centreX + (point.x - size.width * 0.5f) / zoom, centreY - (point.y - size.height * 0.5f) / zoom };
+    return { m.centreX + (point.x - size.width * 0.5f) / m.zoom, m.centreY - (point.y - size.height * 0.5f) / m.zoom };
 }
 
 void CanvasView::refreshCanvas()

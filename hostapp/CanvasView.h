@@ -113,6 +113,11 @@ private:
     /// The canvas at one pixel a canvas pixel without the ants (what the host shows before
     /// scaling), the outline and the selection's figures, made again when the document changed.
     void refreshCanvas();
+    /// Points per canvas pixel and the canvas point shown at the view's centre.
+    struct ViewMapping {
+        float zoom, centreX, centreY;
+    };
+    ViewMapping viewMapping() const;
     kit::RefPtr<kit::Image> canvasPicture(const std::vector<std::uint8_t>& mask) const;
     void measureSelection(const std::vector<std::uint8_t>& mask);
     void drawAnts(const kit::Rect& dirty) const;
