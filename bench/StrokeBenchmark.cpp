@@ -101,6 +101,11 @@ void report(const char* label, float radius, std::vector<unsigned char>& from, s
 int main(int argc, char** argv)
 {
     const std::filesystem::path brushes = argc > 1 ? argv[1] : engine::Document::defaultBrushDirectory();
+    if (!std::filesystem::is_directory(brushes)) {
+        std::fprintf(stderr, "stroke_benchmark: no brush folder at %s (usage: stroke_benchmark [BRUSH FOLDER])\n",
+            brushes.string().c_str());
+        return 2;
+    }
     std::vector<unsigned char> from(std::size_t(kSide) * kSide * 4, 1), to(from.size(), 2);
     std::printf("canvas %d x %d, %d-px stroke of %d events, %d runs, medians\n", kSide, kSide, kLength, kEvents, kRuns);
     std::printf("%-6s %-12s %10s %10s %10s %12s %10s\n", "radius", "cells", "memcpy ms", "stroke ms", "undo ms",

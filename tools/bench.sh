@@ -10,7 +10,8 @@ if [[ $(id -u) -eq 0 ]]; then
   "$root/tools/setup.sh" "$root/tools/bench-packages.txt"
 fi
 cmake -S "$root" -B "$dir" -G Ninja -DCMAKE_BUILD_TYPE=Release -DQUILLMARK_TESTS=OFF >/dev/null
-cmake --build "$dir" --target mask_benchmark filter_benchmark commit_benchmark
+cmake --build "$dir" --target mask_benchmark filter_benchmark commit_benchmark stroke_benchmark
 "$dir/bench/mask_benchmark"
 "$dir/bench/filter_benchmark"
 "$dir/bench/commit_benchmark"
+"$dir/bench/stroke_benchmark" "$dir/Quillmark.app/Contents/Resources/Brushes"
