@@ -82,11 +82,52 @@ private:
         } else if (code < 0x800) {
             out += char(0xC0 | (code >> 6));
             out += char(0x80 | (code & 0x3F));
-        } else {
+        } else if (code < 0x10000) {
             out += char(0xE0 | (code >> 12));
             out += char(0x80 | ((code >> 6) & 0x3F));
             out += char(0x80 | (code & 0x3F));
+        } else {
+            out += char(0xF0 | (code >> 18));
+            out += char(0x80 | ((code >> 12) & 0x3F));
+            out += char(0x80 | ((code >> 6) & 0x3F));
+            out += char(0x80 | (code & 0x3F));
         }
+    }
+    bool hex4(unsigned& code)
+    {
+        if (m_pos + 4 > m_text.size())
+            return fail("short \\u escape");
+        code = 0;
+        for (int i = 0; i < 4; ++i) {
+            const char h = m_text[m_pos++];
+            if (!std::isxdigit(static_cast<unsigned char>(h)))
+                return fail("bad \\u escape");
+            code = code * 16 + unsigned(std::isdigit(static_cast<unsigned char>(h)) ? h - '0' : std::tolower(h) - 'a' + 10);
+        }
+        return true;
+    }
+    // A surrogate pair written as two escapes is one character; a surrogate without its other
+    // half cannot be encoded and becomes U+FFFD, as broken text does elsewhere.
+    bool unicodeEscape(std::string& out)
+    {
+        unsigned code = 0;
+        if (!hex4(code))
+            return false;
+        const bool high = code >= 0xD800 && code < 0xDC00;
+        if (high && (m_text.compare(m_pos, 2, "\\u") == 0 || m_text.compare(m_pos, 2, "\\U") == 0)) {
+            const std::size_t mark = m_pos;
+            m_pos += 2;
+            unsigned low = 0;
+            if (!hex4(low))
+                return false;
+            if (low >= 0xDC00 && low < 0xE000) {
+                appendUtf8(out, 0x10000 + ((code - 0xD800) << 10) + (low - 0xDC00));
+                return true;
+            }
+            m_pos = mark;
+        }
+        appendUtf8(out, code >= 0xD800 && code < 0xE000 ? 0xFFFD : code);
+        return true;
     }
     bool escape(std::string& out)
     {
@@ -98,19 +139,7 @@ private:
         case 't': out += '\t'; return true;
         case 'r': out += '\r'; return true;
         case '"': case '\\': case '\'': out += c; return true;
-        case 'u': case 'U': {
-            if (m_pos + 4 > m_text.size())
-                return fail("short \\u escape");
-            unsigned code = 0;
-            for (int i = 0; i < 4; ++i) {
-                const char h = m_text[m_pos++];
-                if (!std::isxdigit(static_cast<unsigned char>(h)))
-                    return fail("bad \\u escape");
-                code = code * 16 + unsigned(std::isdigit(static_cast<unsigned char>(h)) ? h - '0' : std::tolower(h) - 'a' + 10);
-            }
-            appendUtf8(out, code);
-            return true;
-        }
+        case 'u': case 'U': return unicodeEscape(out);
         default: return fail(std::string("unknown escape \\") + c);
         }
     }

@@ -24,6 +24,20 @@ BareKey = "bare";
     EXPECT_EQ(table->find("missing"), nullptr);
 }
 
+TEST(StringsTable, SurrogateEscapesBecomeWellFormedUtf8)
+{
+    const auto table = kit::StringsTable::parse(R"("pair" = "\uD83D\uDE00";
+"lone high" = "a\uD83Db";
+"high then plain" = "\uD83D\u0041";
+"lone low" = "\uDE00";
+)");
+    ASSERT_TRUE(table);
+    EXPECT_EQ(*table->find("pair"), "\xF0\x9F\x98\x80"); // U+1F600 in four bytes
+    EXPECT_EQ(*table->find("lone high"), "a\xEF\xBF\xBD" "b");
+    EXPECT_EQ(*table->find("high then plain"), "\xEF\xBF\xBD" "A");
+    EXPECT_EQ(*table->find("lone low"), "\xEF\xBF\xBD");
+}
+
 TEST(StringsTable, AnEmptyFileIsAnEmptyTable)
 {
     const auto table = kit::StringsTable::parse("  // nothing here\n");
