@@ -1,14 +1,13 @@
 // Images: PNG files written and read back, and files that are not images.
 #include "kit/Image.h"
 #include "kit/Window.h"
+#include "tests/support/ChildPeak.h"
 #include "tests/support/TempDir.h"
 
 #include <gtest/gtest.h>
 
 #include <png.h>
 #include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
 #include <zlib.h>
 
 #include <csignal>
@@ -153,20 +152,6 @@ std::string pngHead(std::uint32_t width, std::uint32_t height, int rows)
     return std::string("\x89PNG\r\n\x1a\n", 8) + chunk("IHDR", ihdr) + chunk("IDAT", packed);
 }
 
-// The most memory a forked child held while running `work`, in kilobytes.
-long childPeakKilobytes(const std::function<void()>& work)
-{
-    const pid_t child = fork();
-    if (child == 0) {
-        work();
-        _exit(0);
-    }
-    int status = 0;
-    rusage usage {};
-    wait4(child, &status, 0, &usage);
-    return usage.ru_maxrss;
-}
-
 TEST(ImagePng, HostileHeadersAreRefusedWithTheirReasonAndCostWhatTheBodyHolds)
 {
     TempDir dir;
@@ -182,10 +167,11 @@ TEST(ImagePng, HostileHeadersAreRefusedWithTheirReasonAndCostWhatTheBodyHolds)
     const auto cut = dir.write("cut.png", pngHead(16384, 16384, 2));
     EXPECT_FALSE(kit::Image::imageWithContentsOfFile(cut.string(), &error));
     EXPECT_NE(error.find("the file ends before its image does"), std::string::npos) << error;
-    const long base = childPeakKilobytes([] {});
-    const long peak = childPeakKilobytes([&] { kit::Image::imageWithContentsOfFile(cut.string()); });
+    const auto base = peakOfChild([] { return true; });
+    const auto peak = peakOfChild([&] { return !kit::Image::imageWithContentsOfFile(cut.string()); });
+    ASSERT_TRUE(base && peak);
     // A quarter of the image leaves room for a sanitizer's shadow of the reserved rows.
-    EXPECT_LT(peak - base, 16384L * 16384 * 4 / 1024 / 4) << "kilobytes held for a cut-off body";
+    EXPECT_LT(*peak - *base, 16384LL * 16384 * 4 / 4) << "bytes held for a cut-off body";
 }
 
 TEST(ImagePng, AScreenshotHoldsItsImageOnceWhileTakenAndWritten)
@@ -193,13 +179,14 @@ TEST(ImagePng, AScreenshotHoldsItsImageOnceWhileTakenAndWritten)
     TempDir dir;
     const std::string path = (dir.path() / "window.png").string();
     constexpr long kSide = 4096;
-    const long base = childPeakKilobytes([] {});
-    const long peak = childPeakKilobytes([&] {
+    const auto base = peakOfChild([] { return true; });
+    const auto peak = peakOfChild([&] {
         auto window = kit::Window::create({ 0, 0, float(kSide), float(kSide) });
-        window->renderImage()->writePNG(path);
+        return window->renderImage()->writePNG(path);
     });
-    const long image = kSide * kSide * 4 / 1024;
-    EXPECT_LT(peak - base, 2 * image) << "kilobytes";
+    ASSERT_TRUE(base && peak);
+    const long long image = kSide * kSide * 4;
+    EXPECT_LT(*peak - *base, 2 * image) << "bytes";
     auto back = kit::Image::imageWithContentsOfFile(path);
     ASSERT_TRUE(back);
     EXPECT_EQ(back->pixelsWide(), kSide);

@@ -2,12 +2,10 @@
 #include "Classes/Selection/GraphicsToBuffer.h"
 #include "Classes/Selection/GraphicsToBufferInternals.h"
 #include "kit/MemoryRecycler.h"
+#include "tests/support/ChildPeak.h"
 
 #include <gtest/gtest.h>
 
-#include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
@@ -375,19 +373,6 @@ constexpr bool kMeasuresMemory = false; // the sanitizer's shadow and quarantine
 #else
 constexpr bool kMeasuresMemory = true;
 #endif
-
-// The largest resident size, in bytes, of a child process that runs `work`, which must succeed.
-std::optional<long long> peakOfChild(const std::function<bool()>& work)
-{
-    const pid_t child = fork();
-    if (child == 0)
-        _exit(work() ? 0 : 1);
-    int status = 0;
-    rusage usage {};
-    if (child < 0 || wait4(child, &status, 0, &usage) != child || !WIFEXITED(status) || WEXITSTATUS(status) != 0)
-        return std::nullopt;
-    return static_cast<long long>(usage.ru_maxrss) * 1024;
-}
 
 TEST(Memory, AFeatheredMaskCostsItsBufferAndAQuarterAtMost)
 {
