@@ -8,6 +8,7 @@
 #include <fontconfig/fontconfig.h>
 
 #include <cmath>
+#include <cstdio>
 #include <map>
 #include <mutex>
 #include <stdexcept>
@@ -125,6 +126,18 @@ RefPtr<Font> Font::boldSystemFontOfSize(float size)
 {
     RefPtr<Font> font = lookUp(kSystemFontFamily, true, size);
     return font ? font : systemFontOfSize(size);
+}
+
+RefPtr<Font> Font::condensedSystemFontOfSize(float size)
+{
+    if (RefPtr<Font> font = lookUp(kCondensedSystemFontFamily, false, size))
+        return font;
+    static std::once_flag noted;
+    std::call_once(noted, [] {
+        std::fprintf(stderr, "font \"DejaVu Sans Condensed\" not found through fontconfig (install "
+                             "fonts-dejavu-extra); narrow fields use \"DejaVu Sans\" and may clip\n");
+    });
+    return systemFontOfSize(size);
 }
 
 RefPtr<Font> Font::fontWithNameSize(const std::string& name, float size) { return lookUp(name, false, size); }

@@ -21,11 +21,15 @@ public:
     /// The size that controls use when given none.
     static constexpr float kSystemFontSize = 13;
     static constexpr const char* kSystemFontFamily = "DejaVu Sans";
+    static constexpr const char* kCondensedSystemFontFamily = "DejaVu Sans Condensed";
 
     /// DejaVu Sans at `size` (the system size when it is not a positive number, at most 1000).
     /// Throws std::runtime_error naming the missing font when fontconfig cannot find it.
     static RefPtr<Font> systemFontOfSize(float size);
     static RefPtr<Font> boldSystemFontOfSize(float size);
+    /// DejaVu Sans Condensed at `size`, for values that must fit narrow fields; the regular face
+    /// (with a note on stderr, once) when fonts-dejavu-extra is not installed.
+    static RefPtr<Font> condensedSystemFontOfSize(float size);
     /// The family `name` at `size`; null when fontconfig has no face of that family.
     static RefPtr<Font> fontWithNameSize(const std::string& name, float size);
 

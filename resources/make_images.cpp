@@ -287,13 +287,15 @@ bool familyIcon(const std::string& path)
 // up arrow on a pressed face to close it.
 bool comboButton(const std::string& path, bool open)
 {
+    // The button's frame overlaps the end of its value field by seven points: the face keeps to
+    // the frame's right so that the field's text runs up to the field's own edge.
     Picture picture(25, 24);
-    RefPtr<BezierPath> face = roundedRect({ 1.5f, 2.5f, 22, 19 }, 4);
+    RefPtr<BezierPath> face = roundedRect({ 7.5f, 2.5f, 16, 19 }, 4);
     fillWith(
         *face, open ? Color::colorWithCalibratedWhiteAlpha(0.70f, 1) : Color::colorWithCalibratedWhiteAlpha(0.93f, 1));
     strokeWith(*face, Color::colorWithCalibratedWhiteAlpha(0.55f, 1), 1);
-    RefPtr<BezierPath> arrow = open ? polygon({ { 8, 9.5f }, { 17, 9.5f }, { 12.5f, 15.5f } })
-                                    : polygon({ { 8, 14.5f }, { 17, 14.5f }, { 12.5f, 8.5f } });
+    RefPtr<BezierPath> arrow = open ? polygon({ { 11.5f, 9.5f }, { 19.5f, 9.5f }, { 15.5f, 15 } })
+                                    : polygon({ { 11.5f, 14.5f }, { 19.5f, 14.5f }, { 15.5f, 9 } });
     fillWith(*arrow, kInk);
     return picture.write(path);
 }

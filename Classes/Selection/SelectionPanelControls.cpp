@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr float kValueFontSize = 11;
+constexpr float kValueFontSize = 9.5f;
 constexpr std::array<const char*, 4> kPlainModeImages = { "selection_default.png", "selection_add.png",
                                                           "selection_subtract.png", "selection_intersect.png" };
 constexpr std::array<const char*, 4> kPressedModeImages = { "selection_default2.png", "selection_add2.png",
@@ -147,9 +147,9 @@ kit::TextField* SelectionPanelControls::addValueField(kit::View& panel, const ki
     field->setUsesSingleLineMode(true);
     field->setLineBreakMode(kit::LineBreakByCharWrapping);
     field->setFocusRingType(kit::FocusRingTypeNone);
-    // The small size keeps " 200 Pixels" and " 100.0 Pixels" clear of the slider buttons that
-    // overlap the fields' right ends.
-    field->setFont(kit::Font::systemFontOfSize(kValueFontSize));
+    // The narrowest field keeps 55 points clear of its slider button: a condensed face at this
+    // size fits five digits and the unit (" 12345 Pixels") there.
+    field->setFont(kit::Font::condensedSystemFontOfSize(kValueFontSize));
     panel.addSubview(field.get());
     return field.get();
 }

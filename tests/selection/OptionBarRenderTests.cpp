@@ -2,6 +2,8 @@
 // hidden and shown sliders, and text in the value fields.
 #include "tests/selection/OptionBarTestSupport.h"
 
+#include "Classes/Selection/SelectionPanelControls.h"
+
 #include <cstdlib>
 #include <filesystem>
 
@@ -146,6 +148,49 @@ TEST_F(BarScreenshot, BrushPanelWithItsKnobAtTheStartRadius)
                                                    nullptr);
     EXPECT_EQ(uitest::pixelAtPoint(*shot, int(centre.x), int(centre.y)), (Pixel { 255, 255, 255, 255 }));
     EXPECT_EQ(marksOnRow(kSliderRow, 262, 1200), 0);
+}
+
+
+/// The first column of `image` with any opaque pixel: where a button's face begins.
+int firstOpaqueColumn(const kit::Image& image)
+{
+    for (int x = 0; x < image.pixelsWide(); ++x)
+        for (int row = 0; row < image.pixelsHigh(); ++row)
+            if (uitest::pixelAt(image, x, row).a > 0)
+                return x;
+    return image.pixelsWide();
+}
+
+// Each value field of each panel shows five digits and the unit whole: its text room ends at
+// the field's text rectangle or at the face of the slider button laid over its right end.
+TEST_F(BarScreenshot, ValueFieldsFitFiveDigitsAndTheUnitBeforeTheirSliderButtons)
+{
+    const std::string widest = " 12345 " + SelectionPanelControls::localized("Pixels");
+    int fields = 0;
+    for (int tool : { 0, 2, 3 }) {
+        bar->toolButton(tool)->performClick();
+        kit::View* panel = tool == 0 ? static_cast<kit::View*>(bar->rectangleSelectionOptions())
+                           : tool == 2 ? static_cast<kit::View*>(bar->polygonSelectionOptions())
+                                       : static_cast<kit::View*>(bar->brushSelectionOptions());
+        ASSERT_NE(panel, nullptr);
+        for (const auto& view : panel->subviews()) {
+            auto* field = dynamic_cast<kit::TextField*>(view.get());
+            if (!field || !field->isEditable())
+                continue;
+            ++fields;
+            const kit::Rect text = field->textRect();
+            float room = text.maxX();
+            for (const auto& other : panel->subviews()) {
+                auto* button = dynamic_cast<kit::Button*>(other.get());
+                if (!button || !button->image() || kit::intersection(button->frame(), field->frame()).size.width <= 0)
+                    continue;
+                const float face = button->frame().minX() + float(firstOpaqueColumn(*button->image()));
+                room = std::min(room, face - field->frame().minX());
+            }
+            EXPECT_LE(field->font().widthOfString(widest), room - text.minX()) << "field tagged " << field->tag();
+        }
+    }
+    EXPECT_EQ(fields, 4); // feather twice, width and height
 }
 
 } // namespace
