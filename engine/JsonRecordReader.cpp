@@ -1,6 +1,8 @@
 // JsonRecordReader: reads one selection event record from a single-line JSON object.
 #include "engine/JsonRecordReader.h"
 
+#include "common/Utf8Encoding.h"
+
 #include <array>
 #include <bit>
 #include <charconv>
@@ -44,25 +46,6 @@ int hexValue(char c)
     if (c >= 'A' && c <= 'F')
         return c - 'A' + 10;
     return -1;
-}
-
-void appendUtf8(std::string& out, std::uint32_t codePoint)
-{
-    if (codePoint < 0x80) {
-        out += static_cast<char>(codePoint);
-    } else if (codePoint < 0x800) {
-        out += static_cast<char>(0xc0 | (codePoint >> 6));
-        out += static_cast<char>(0x80 | (codePoint & 0x3f));
-    } else if (codePoint < 0x10000) {
-        out += static_cast<char>(0xe0 | (codePoint >> 12));
-        out += static_cast<char>(0x80 | ((codePoint >> 6) & 0x3f));
-        out += static_cast<char>(0x80 | (codePoint & 0x3f));
-    } else {
-        out += static_cast<char>(0xf0 | (codePoint >> 18));
-        out += static_cast<char>(0x80 | ((codePoint >> 12) & 0x3f));
-        out += static_cast<char>(0x80 | ((codePoint >> 6) & 0x3f));
-        out += static_cast<char>(0x80 | (codePoint & 0x3f));
-    }
 }
 
 } // namespace
@@ -189,20 +172,20 @@ bool JsonRecordReader::readEscape(std::string& out)
     std::uint32_t unit = 0;
     if (!readCodeUnit(unit))
         return false;
-    if (unit >= 0xdc00 && unit <= 0xdfff)
+    if (common::isLowSurrogate(unit))
         return fail("unpaired low surrogate in \\u escape");
-    if (unit >= 0xd800 && unit <= 0xdbff) {
+    if (common::isHighSurrogate(unit)) {
         std::uint32_t low = 0;
         if (m_text.substr(m_pos, 2) != "\\u")
             return fail("unpaired high surrogate in \\u escape");
         m_pos += 2;
         if (!readCodeUnit(low))
             return false;
-        if (low < 0xdc00 || low > 0xdfff)
+        if (!common::isLowSurrogate(low))
             return fail("unpaired high surrogate in \\u escape");
-        unit = 0x10000 + ((unit - 0xd800) << 10) + (low - 0xdc00);
+        unit = common::codePointOfSurrogates(unit, low);
     }
-    appendUtf8(out, unit);
+    common::appendUtf8(out, unit);
     return true;
 }
 

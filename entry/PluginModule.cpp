@@ -1,5 +1,5 @@
 // PluginModule: the exported entry points and the fourteen shims behind the table.
-#include "entry/PluginModule.h"
+#include "module/PluginModule.h"
 
 #include "entry/QuillmarkPluginSelection.h"
 #include "entry/ResourceHelpers.h"

@@ -1,7 +1,7 @@
 // PluginSelectionClass: the module table for a host that loads the plug-in's class.
 #pragma once
 
-#include "entry/PluginModule.h"
+#include "module/PluginModule.h"
 #include "kit/Object.h"
 
 class PluginSelectionClass final : public kit::Object {

@@ -1,7 +1,7 @@
 // Fuzz target: any bytes as an action log, then every record it yields replayed on a document.
 #include "engine/ActionLog.h"
 #include "engine/Document.h"
-#include "entry/PluginModule.h"
+#include "module/PluginModule.h"
 #include "kit/RunLoop.h"
 
 #include <cstddef>

@@ -1,7 +1,7 @@
 // Demo: the built-in session that `quillmark-host demo` runs.
 #pragma once
 
-#include "entry/PluginModule.h"
+#include "module/PluginModule.h"
 
 #include <filesystem>
 #include <ostream>

@@ -1,7 +1,7 @@
 // InteractiveWindow: the canvas window on screen, driven by a person's mouse and keyboard.
 #pragma once
 
-#include "entry/PluginModule.h"
+#include "module/PluginModule.h"
 
 #include <functional>
 #include <string>

@@ -1,7 +1,7 @@
 // PluginHost: loads the selection plug-in bundle and holds its module table.
 #pragma once
 
-#include "entry/PluginModule.h"
+#include "module/PluginModule.h"
 
 #include <memory>
 #include <string>

@@ -1,7 +1,7 @@
 // SessionRunner: carries out a session script against the plug-in and a fresh document.
 #pragma once
 
-#include "entry/PluginModule.h"
+#include "module/PluginModule.h"
 #include "hostapp/CanvasWindow.h"
 #include "hostapp/SessionScript.h"
 #include "kit/Event.h"

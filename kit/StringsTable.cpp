@@ -1,6 +1,8 @@
 // StringsTable: a small recursive-descent reader for strings files.
 #include "kit/StringsTable.h"
 
+#include "common/Utf8Encoding.h"
+
 #include <cctype>
 #include <fstream>
 #include <sstream>
@@ -75,24 +77,6 @@ private:
             }
         }
     }
-    static void appendUtf8(std::string& out, unsigned code)
-    {
-        if (code < 0x80) {
-            out += char(code);
-        } else if (code < 0x800) {
-            out += char(0xC0 | (code >> 6));
-            out += char(0x80 | (code & 0x3F));
-        } else if (code < 0x10000) {
-            out += char(0xE0 | (code >> 12));
-            out += char(0x80 | ((code >> 6) & 0x3F));
-            out += char(0x80 | (code & 0x3F));
-        } else {
-            out += char(0xF0 | (code >> 18));
-            out += char(0x80 | ((code >> 12) & 0x3F));
-            out += char(0x80 | ((code >> 6) & 0x3F));
-            out += char(0x80 | (code & 0x3F));
-        }
-    }
     bool hex4(unsigned& code)
     {
         if (m_pos + 4 > m_text.size())
@@ -113,20 +97,19 @@ private:
         unsigned code = 0;
         if (!hex4(code))
             return false;
-        const bool high = code >= 0xD800 && code < 0xDC00;
-        if (high && (m_text.compare(m_pos, 2, "\\u") == 0 || m_text.compare(m_pos, 2, "\\U") == 0)) {
+        if (common::isHighSurrogate(code) && (m_text.compare(m_pos, 2, "\\u") == 0 || m_text.compare(m_pos, 2, "\\U") == 0)) {
             const std::size_t mark = m_pos;
             m_pos += 2;
             unsigned low = 0;
             if (!hex4(low))
                 return false;
-            if (low >= 0xDC00 && low < 0xE000) {
-                appendUtf8(out, 0x10000 + ((code - 0xD800) << 10) + (low - 0xDC00));
+            if (common::isLowSurrogate(low)) {
+                common::appendUtf8(out, common::codePointOfSurrogates(code, low));
                 return true;
             }
             m_pos = mark;
         }
-        appendUtf8(out, code >= 0xD800 && code < 0xE000 ? 0xFFFD : code);
+        common::appendUtf8(out, code);
         return true;
     }
     bool escape(std::string& out)

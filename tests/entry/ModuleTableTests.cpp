@@ -1,6 +1,6 @@
 // The module table as a host sees it: loaded with dlopen by a program that never used the kit.
 #include "engine/Document.h"
-#include "entry/PluginModule.h"
+#include "module/PluginModule.h"
 #include "tests/support/TempDir.h"
 
 #include <gtest/gtest.h>

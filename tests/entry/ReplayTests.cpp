@@ -1,7 +1,7 @@
 // Replay through the module table: each recorded shape reaches the engine as one commit and is
 // recorded again; unknown tools and records the rasteriser cannot take change nothing.
 #include "engine/Document.h"
-#include "entry/PluginModule.h"
+#include "module/PluginModule.h"
 #include "host/HostEngine.h"
 #include "kit/RunLoop.h"
 

@@ -1,0 +1,2 @@
+// Must not compile: the selection classes reach the engine only through its C operations.
+#include "engine/Document.h"
