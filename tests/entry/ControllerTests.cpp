@@ -214,14 +214,6 @@ TEST_F(OverlayTest, ToolNumbersNameTheToolViewsAndNothingElse)
     EXPECT_EQ(overlay->toolView(5), nullptr);
 }
 
-TEST_F(OverlayTest, TheContextReachesEveryToolViewButNotTheBar)
-{
-    int context = 0;
-    overlay->setQMContext(&context);
-    for (int n = 0; n <= 4; ++n)
-        EXPECT_EQ(overlay->toolView(n)->qmContext(), &context);
-}
-
 TEST_F(OverlayTest, ReplayOfAnyToolNumberIsSafe)
 {
     // Numbers that name no tool, including those whose conversion to an integer would be

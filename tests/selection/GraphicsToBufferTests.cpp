@@ -283,10 +283,18 @@ TEST(PolygonMask, MemoryRowsRunDownTheLayerSoAShapeKeepsItsWayUp)
     EXPECT_EQ(m.pixel(1, 21)[3], 0);
 }
 
-TEST(DestroyImageBuffer, ANullBlockIsFine)
+TEST(DestroyImageBuffer, GivesTheBlockBackForTheNextMaskAndIgnoresANullOne)
 {
+    kit::MemoryRecycler& recycler = kit::MemoryRecycler::shared();
+    recycler.trim();
     DestroyImageBuffer({ 3, 3, nullptr });
-    SUCCEED();
+    EXPECT_EQ(recycler.keptBytes(), 0u);
+    {
+        Mask m;
+        // Blocks from 2 MB up are kept for the next mask.
+        ASSERT_EQ(rect(m, { 0, 0, 1000, 1000 }, 0), 0);
+    }
+    EXPECT_GE(recycler.keptBytes(), 1001u * 1001 * 4);
 }
 
 TEST(MyCreateBitmapContext, NullMemoryStopsTheProgramNamingTheInvariant)

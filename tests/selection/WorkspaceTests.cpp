@@ -250,13 +250,6 @@ TEST_F(WorkspaceTest, HidingTheBarLeavesTheToolArea)
     EXPECT_FALSE(overlay->optionView()->isHidden());
 }
 
-TEST_F(WorkspaceTest, ThePressNeverMovesTheWindow)
-{
-    EXPECT_FALSE(overlay->mouseDownCanMoveWindow());
-    EXPECT_FALSE(overlay->toolView(3)->mouseDownCanMoveWindow());
-    EXPECT_TRUE(overlay->toolView(3)->acceptsFirstResponder());
-}
-
 TEST_F(WorkspaceTest, TeardownStopsListeningForTrackingChanges)
 {
     kit::RunLoop::main().advance(1.0);
