@@ -141,8 +141,15 @@ void CanvasView::panBy(float dx, float dy)
 
 void CanvasView::fit()
 {
-    if (m_document)
-        m_document->setViewRect({ 0, 0, m_document->canvasWidth(), m_document->canvasHeight() });
+    if (!m_document)
+        return;
+    // The zoom that shows the whole canvas on both axes, the canvas centred on the other one.
+    const engine::ViewSize points = m_document->viewSize();
+    const int canvasWidth = m_document->canvasWidth(), canvasHeight = m_document->canvasHeight();
+    const double zoom = std::min(double(points.width) / canvasWidth, double(points.height) / canvasHeight);
+    const int width = std::max(1, int(std::lround(points.width / zoom)));
+    const int height = std::max(1, int(std::lround(points.height / zoom)));
+    m_document->setViewRect({ (canvasWidth - width) / 2, (canvasHeight - height) / 2, width, height });
 }
 
 void CanvasView::showActualSize()

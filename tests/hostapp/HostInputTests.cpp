@@ -48,6 +48,9 @@ TEST_F(HostInputTest, AClickOnAHostControlThroughTheOverlayZooms)
     EXPECT_EQ(view(), (engine::ViewRect { -500, -400, 2000, 1600 }));
     ASSERT_TRUE(run("click 88 24\n")); // fit
     EXPECT_EQ(view(), (engine::ViewRect { 0, 0, 1000, 800 }));
+    // A canvas taller than the view's proportions fits by its height, centred across.
+    ASSERT_TRUE(run("canvas 1000 4000\nclick 88 24\n"));
+    EXPECT_EQ(view(), (engine::ViewRect { -2000, 0, 5000, 4000 }));
 }
 
 TEST_F(HostInputTest, AControlActsOnlyWhenReleasedOverIt)
