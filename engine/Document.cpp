@@ -175,9 +175,18 @@ void Document::replacePaintPixels(const std::vector<std::uint8_t>& rgba)
 
 bool Document::openPicture(int width, int height, const std::vector<std::uint8_t>& rgba)
 {
-    if (width < 1 || height < 1 || rgba.size() != std::size_t(width) * std::size_t(height) * 4
-        || !setCanvasSize(width, height))
+    if (width < 1 || height < 1 || rgba.size() != std::size_t(width) * std::size_t(height) * 4)
         return false;
+    // The canvas's size belongs to the step, so that undo gives back the old picture whole.
+    const int oldWidth = m_canvasWidth, oldHeight = m_canvasHeight;
+    m_undo.closeStep();
+    m_undo.recordValue(m_canvasWidth);
+    m_undo.recordValue(m_canvasHeight);
+    if (!setCanvasSize(width, height)) {
+        m_canvasWidth = oldWidth, m_canvasHeight = oldHeight;
+        m_undo.closeStep();
+        return false;
+    }
     // Nothing of the old picture may wait off the canvas to come back when it grows.
     m_undo.recordAllCells(m_paint);
     m_paint.clear();

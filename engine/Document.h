@@ -87,9 +87,9 @@ public:
     /// Replaces the paint layer's canvas pixels with canvas-sized premultiplied RGBA (rows top
     /// first) as one undo step; cells that would not change are left alone.
     void replacePaintPixels(const std::vector<std::uint8_t>& rgba);
-    /// Makes the picture the whole paint layer and the canvas its size, as one undo step. Undo
-    /// gives the paint layer back; the canvas keeps the new size. False, changing nothing, for a
-    /// size setCanvasSize refuses or pixels that do not match it.
+    /// Makes the picture the whole paint layer and the canvas its size, as one undo step (an
+    /// open step is closed first); undo gives back the paint layer and the canvas's size. False,
+    /// changing nothing, for a size setCanvasSize refuses or pixels that do not match it.
     bool openPicture(int width, int height, const std::vector<std::uint8_t>& rgba);
     /// The host's selection commands, each one undo step of its own (an open step is closed
     /// first): every canvas pixel of the selection mask selected, none, or each pixel's

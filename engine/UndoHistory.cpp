@@ -2,6 +2,7 @@
 #include "engine/UndoHistory.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace engine {
 
@@ -24,7 +25,7 @@ void UndoHistory::recordBefore(Layer& layer, CellKey key)
 {
     if (!m_open)
         m_open.emplace();
-    auto [it, inserted] = m_open->try_emplace({ layer.id(), key });
+    auto [it, inserted] = m_open->cells.try_emplace({ layer.id(), key });
     if (!inserted)
         return;
     it->second.layer = &layer;
@@ -43,7 +44,7 @@ void UndoHistory::takeAllCells(Layer& layer)
     if (!m_open)
         m_open.emplace();
     for (auto& [key, cell] : layer.takeAll()) {
-        auto [it, inserted] = m_open->try_emplace({ layer.id(), key });
+        auto [it, inserted] = m_open->cells.try_emplace({ layer.id(), key });
         if (!inserted) {
             layer.recycle(std::move(cell));
             continue;
@@ -58,7 +59,7 @@ CellWrite UndoHistory::replaceCell(Layer& layer, CellKey key)
 {
     if (!m_open)
         m_open.emplace();
-    auto [it, inserted] = m_open->try_emplace({ layer.id(), key });
+    auto [it, inserted] = m_open->cells.try_emplace({ layer.id(), key });
     if (!inserted) {
         if (CellPixels* cell = layer.find(key))
             return { cell, cell };
@@ -70,13 +71,28 @@ CellWrite UndoHistory::replaceCell(Layer& layer, CellKey key)
     return { &layer.install(key), it->second.before.get() };
 }
 
+void UndoHistory::recordValue(int& value)
+{
+    if (!m_open)
+        m_open.emplace();
+    for (const ValueEntry& entry : m_open->values) {
+        if (entry.value == &value)
+            return;
+    }
+    m_open->values.push_back({ &value, value, value });
+}
+
 bool UndoHistory::hasOpenStep() const { return m_open.has_value(); }
 
 // A missing cell and a transparent one look the same, so a step that only created empty cells
 // changed nothing the user could undo.
 bool UndoHistory::changedSinceBefore(const Step& step)
 {
-    for (const auto& [id, entry] : step) {
+    for (const ValueEntry& entry : step.values) {
+        if (*entry.value != entry.before)
+            return true;
+    }
+    for (const auto& [id, entry] : step.cells) {
         const CellPixels* now = entry.layer->find(entry.key);
         const bool same = entry.before ? (now ? *now == *entry.before : isTransparent(*entry.before))
                                        : (!now || isTransparent(*now));
@@ -88,7 +104,7 @@ bool UndoHistory::changedSinceBefore(const Step& step)
 
 void UndoHistory::recycle(Step& step)
 {
-    for (auto& [id, entry] : step) {
+    for (auto& [id, entry] : step.cells) {
         entry.layer->recycle(std::move(entry.before));
         entry.layer->recycle(std::move(entry.after));
     }
@@ -126,8 +142,10 @@ bool UndoHistory::undo()
     m_undo.pop_back();
     // The cells as they are now (they may have been written in place since the step closed) are
     // what redo puts back; states change places with the layer's cells, nothing is copied.
-    for (auto& [id, entry] : step)
+    for (auto& [id, entry] : step.cells)
         entry.after = entry.layer->exchange(entry.key, std::move(entry.before));
+    for (ValueEntry& entry : step.values)
+        entry.after = std::exchange(*entry.value, entry.before);
     m_redo.push_back(std::move(step));
     return true;
 }
@@ -139,8 +157,10 @@ bool UndoHistory::redo()
         return false;
     Step step = std::move(m_redo.back());
     m_redo.pop_back();
-    for (auto& [id, entry] : step)
+    for (auto& [id, entry] : step.cells)
         entry.before = entry.layer->exchange(entry.key, std::move(entry.after));
+    for (ValueEntry& entry : step.values)
+        entry.before = std::exchange(*entry.value, entry.after);
     m_undo.push_back(std::move(step));
     return true;
 }

@@ -34,6 +34,10 @@ public:
     /// bytes takes its place; otherwise the cell is changed in place (one of undefined bytes
     /// where there is none).
     CellWrite replaceCell(Layer& layer, CellKey key);
+    /// Saves a number the document keeps beside its layers (the canvas's sides) into the open
+    /// step, which undo and redo then set back and forth with the cells; a number already in the
+    /// open step keeps its earlier value. The number must outlive the history.
+    void recordValue(int& value);
     bool hasOpenStep() const;
     /// Closes the open step. A step that changed nothing is dropped; one that did is pushed and
     /// drops every redo step. Returns whether a step was pushed.
@@ -54,7 +58,15 @@ private:
         CellPtr before;
         CellPtr after;
     };
-    using Step = std::map<std::pair<int, CellKey>, Entry>;
+    struct ValueEntry {
+        int* value = nullptr;
+        int before = 0;
+        int after = 0;
+    };
+    struct Step {
+        std::map<std::pair<int, CellKey>, Entry> cells;
+        std::vector<ValueEntry> values;
+    };
 
     static bool changedSinceBefore(const Step& step);
     /// Hands a dropped step's cells back to their layers for reuse.

@@ -215,8 +215,12 @@ TEST(PaintPictures, OpeningSetsTheCanvasDropsTheOldPictureAndUndoesInOneStep)
     EXPECT_FALSE(document.openPicture(40, 30, std::vector<std::uint8_t>(5)));
     EXPECT_EQ(document.canvasWidth(), 40);
     ASSERT_EQ(IPD_UndoStroke(document.context()), 0);
-    ASSERT_TRUE(document.setCanvasSize(1000, 800));
+    EXPECT_EQ(document.canvasWidth(), 1000);
+    EXPECT_EQ(document.canvasHeight(), 800);
     EXPECT_EQ(document.paintPixels(), before);
+    ASSERT_EQ(IPD_RedoStroke(document.context()), 0);
+    EXPECT_EQ(document.canvasWidth(), 40);
+    EXPECT_EQ(document.paintPixels(), picture);
 }
 
 // The host's selection commands on a canvas of uneven size with a half-selected patch, its
