@@ -2,19 +2,12 @@
 #pragma once
 
 #include "Classes/Selection/DragsToContentView.h"
+#include "Classes/Selection/MaskCellWriter.h"
 #include "kit/Event.h"
 #include "kit/View.h"
 
 struct SelectionEventRecord;
 
-/// Where a mask goes in the selection-mask layer: its first pixel at layer pixel (x, y), and
-/// its size in pixels.
-struct SelectionMaskRect {
-    int x = 0;
-    int y = 0;
-    int width = 0;
-    int height = 0;
-};
 class SelectionBaseView;
 class SelectionOptionsView;
 class RectangleSelectionView;
@@ -51,10 +44,8 @@ public:
     void undo(void* argument);
     void redo(void* argument);
 
-    /// Merges an RGBA mask (width x height pixels, first row first) into the selection-mask
-    /// layer's cells in place: a mask pixel with alpha selects an unselected cell pixel and can
-    /// lower the alpha of a selected one, never raise it. A null mask or one of more than 2^28
-    /// pixels visits nothing. Always 0.
+    /// Merges an RGBA mask into the selection-mask layer's cells (MergeSelectionMaskIntoCells
+    /// with this overlay's context). Always 0.
     int setSelectionMaskRect(const unsigned char* mask, SelectionMaskRect rect);
 
     /// Overlay point to canvas point, from the engine's geometry read afresh.
