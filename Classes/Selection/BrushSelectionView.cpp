@@ -53,7 +53,7 @@ void BrushSelectionView::createBrushIfNone(const char* package)
 void BrushSelectionView::strokeTo(const kit::Event& event, float time)
 {
     kit::Point p = event.locationInWindow();
-    if (auto* overlay = dynamic_cast<SelectionMainView*>(superview()))
+    if (const SelectionCanvas* overlay = canvas())
         p = overlay->convertPointNSViewToCavansView(p);
     IPD_StrokeTo(m_QMContext, m_hBrush, m_nColor, truncateToInt(p.x), truncateToInt(p.y), kPressure, time);
 }

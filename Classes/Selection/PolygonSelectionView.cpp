@@ -6,7 +6,6 @@
 #include "Classes/Selection/PolygonSelectionOptions.h"
 #include "Classes/Selection/PolygonVertexText.h"
 #include "Classes/Selection/SelectionAssert.h"
-#include "Classes/Selection/SelectionMainView.h"
 #include "host/HostEngine.h"
 #include "host/SelectionEventRecord.h"
 #include "kit/BezierPath.h"
@@ -156,15 +155,15 @@ void PolygonSelectionView::dealKeyUp(const kit::Notification& notification)
         keyUp(*event);
 }
 
-std::vector<kit::Point> PolygonSelectionView::layerVertices(const SelectionMainView& overlay) const
+std::vector<kit::Point> PolygonSelectionView::layerVertices(const SelectionCanvas& overlay) const
 {
     std::vector<kit::Point> vertices;
     vertices.reserve(m_arrPoints.size());
     for (const kit::Point& p : m_arrPoints) {
-        const kit::Point canvas = overlay.convertPointNSViewToCavansView(p);
+        const kit::Point onCanvas = overlay.convertPointNSViewToCavansView(p);
         int offsetX = 0, offsetY = 0;
         IPD_Layer_GetOffset(m_QMContext, IPD_GetSelectionMaskID(m_QMContext), &offsetX, &offsetY);
-        vertices.push_back({ canvas.x - float(offsetX), canvas.y - float(offsetY) });
+        vertices.push_back({ onCanvas.x - float(offsetX), onCanvas.y - float(offsetY) });
     }
     return vertices;
 }
@@ -172,7 +171,7 @@ std::vector<kit::Point> PolygonSelectionView::layerVertices(const SelectionMainV
 void PolygonSelectionView::dealDoubleClick()
 {
     // Without the overlay the points have no place on the canvas: they wait for the next try.
-    auto* overlay = dynamic_cast<SelectionMainView*>(superview());
+    const SelectionCanvas* overlay = canvas();
     if (!overlay)
         return;
     IPD_EnableSeletionLayerOperation(m_QMContext, 0);

@@ -8,7 +8,6 @@
 namespace kit {
 struct Notification;
 } // namespace kit
-class SelectionMainView;
 
 /// Click the corners of a polygon, double-click to close it: a dashed line follows the pointer
 /// from the last corner, the closed polygon becomes a selection imported into the
@@ -66,7 +65,7 @@ private:
     /// Back to idle: no vertices, no tracking area, nothing to draw.
     void forgetPolygon();
     /// The points in selection-layer pixels, through the overlay's conversion and the layer's offset.
-    std::vector<kit::Point> layerVertices(const SelectionMainView& overlay) const;
+    std::vector<kit::Point> layerVertices(const SelectionCanvas& overlay) const;
 
     bool m_bDoubleClick = false;
     std::vector<kit::Point> m_arrPoints;

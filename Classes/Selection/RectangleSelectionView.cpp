@@ -222,7 +222,7 @@ void RectangleSelectionView::calculateSelectionRect()
 
     IPD_EnableSeletionLayerOperation(m_QMContext, 0);
     kit::Point topLeft { x, y + height };
-    if (auto* overlay = dynamic_cast<SelectionMainView*>(superview()))
+    if (const SelectionCanvas* overlay = canvas())
         topLeft = overlay->convertPointNSViewToCavansView(topLeft);
     int offsetX = 0, offsetY = 0;
     IPD_Layer_GetOffset(m_QMContext, IPD_GetSelectionMaskID(m_QMContext), &offsetX, &offsetY);

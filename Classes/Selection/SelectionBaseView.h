@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Classes/Selection/DragsToContentView.h"
+#include "Classes/Selection/SelectionCanvas.h"
 #include "kit/Event.h"
 
 struct SelectionEventRecord;
@@ -19,6 +20,12 @@ public:
     void setQMContext(void* context) { m_QMContext = context; }
     void* qmContext() const { return m_QMContext; }
     bool unresponsiveArea() const { return m_bUnresposiveArea; }
+    /// The overlay that shows this tool and maps its points onto the canvas; kept, not owned.
+    template <typename Overlay> void setCanvas(const Overlay* overlay)
+    {
+        m_overlay = overlay;
+        m_canvas = overlay;
+    }
 
     /// Decides whether the press belongs to the host: sets the unresponsive-area flag from
     /// the press location and nothing else.
@@ -47,8 +54,14 @@ protected:
     /// The first step of every tool's press: runs the base mouse-down and, when the press is
     /// the host's, hands it on. True when the tool is to handle the press itself.
     bool beginPress(const kit::Event& event);
+    /// The canvas while this tool is shown in the overlay that handed it in; null otherwise.
+    const SelectionCanvas* canvas() const { return m_overlay && superview() == m_overlay ? m_canvas : nullptr; }
 
     kit::Object* m_options = nullptr;
     void* m_QMContext = nullptr;
     bool m_bUnresposiveArea = false;
+
+private:
+    const kit::View* m_overlay = nullptr;
+    const SelectionCanvas* m_canvas = nullptr;
 };

@@ -85,6 +85,7 @@ void SelectionMainView::initView()
             field = kit::make<ToolView>(toolFrame(size));
             field->setAutoresizingMask(kit::ViewWidthSizable | kit::ViewHeightSizable);
         }
+        field->setCanvas(this);
     };
     makeTool(m_rectangleSelectionView);
     addSubview(m_rectangleSelectionView.get());

@@ -3,6 +3,7 @@
 
 #include "Classes/Selection/DragsToContentView.h"
 #include "Classes/Selection/MaskCellWriter.h"
+#include "Classes/Selection/SelectionCanvas.h"
 #include "kit/Event.h"
 #include "kit/View.h"
 
@@ -17,8 +18,9 @@ class BrushSelectionView;
 class EraseSelectionView;
 
 /// Mouse events that reach the overlay itself go on to the host through the responder chain;
-/// file drags go to the window's content view.
-class SelectionMainView final : public DragsToContentView<kit::View> {
+/// file drags go to the window's content view. It is the canvas its tool views map their points
+/// onto, and hands itself to them as such when it makes them.
+class SelectionMainView final : public DragsToContentView<kit::View>, public SelectionCanvas {
     KIT_MAKEABLE
 public:
     /// The option bar reaches this far below the overlay's top edge (it is 53 points tall).
@@ -49,7 +51,7 @@ public:
     int setSelectionMaskRect(const unsigned char* mask, SelectionMaskRect rect);
 
     /// Overlay point to canvas point, from the engine's geometry read afresh.
-    kit::Point convertPointNSViewToCavansView(kit::Point point) const;
+    kit::Point convertPointNSViewToCavansView(kit::Point point) const override;
     /// Canvas point to overlay point: the inverse of the above, up to rounding.
     kit::Point convertPointCanvasViewToNSView(kit::Point point) const;
 

@@ -212,7 +212,6 @@ void SelectionOptionsView::setOptionType()
     kit::View* panel = attachPanel(mode);
     // The overlay is told only while the bar is still in it: the deferred first switch keeps
     // the bar alive, and may run after the overlay that owned the bar has gone.
-    auto* owner = dynamic_cast<SelectionMainView*>(superview());
-    if (panel && m_view && owner == m_view)
+    if (panel && m_view && superview() == m_view)
         m_view->setSelectionViewWithSelectionOptionView(m_nTool, panel);
 }
