@@ -4,13 +4,13 @@
 #include "Classes/Selection/BrushSelectionOptions.h"
 #include "Classes/Selection/FloatConversion.h"
 #include "Classes/Selection/SelectionMainView.h"
+#include "Classes/Selection/SelectionNumbers.h"
 #include "host/HostEngine.h"
 
 #include <chrono>
 
 namespace {
 
-constexpr int kModeNew = 0;
 // The pen's pixel radius is e^(r / 1.01).
 constexpr double kPenRadiusCurve = 1.01;
 constexpr float kPressure = 1.0f;
@@ -35,7 +35,7 @@ float BrushSelectionView::radius() const
 int BrushSelectionView::mode() const
 {
     auto* panel = dynamic_cast<BrushSelectionOptions*>(m_options);
-    return panel ? panel->selectionMode() : 0;
+    return panel ? panel->selectionMode() : kModeNew;
 }
 
 double BrushSelectionView::now()

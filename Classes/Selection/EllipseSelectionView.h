@@ -11,7 +11,7 @@ protected:
     explicit EllipseSelectionView(const kit::Rect& frame) : RectangleSelectionView(frame) {}
 
     int createImageBuffer(IMAGE_BUFFER& buffer, kit::Point& origin, kit::Rect box, float feather) const override;
-    int toolNumber() const override { return 1; }
+    int toolNumber() const override { return kToolEllipse; }
     void assertRasterised(int nRet, const char* operation) const override;
     void drawOutline(const kit::Rect& rect) const override;
 };

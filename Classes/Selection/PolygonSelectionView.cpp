@@ -6,6 +6,7 @@
 #include "Classes/Selection/PolygonSelectionOptions.h"
 #include "Classes/Selection/PolygonVertexText.h"
 #include "Classes/Selection/SelectionAssert.h"
+#include "Classes/Selection/SelectionNumbers.h"
 #include "host/HostEngine.h"
 #include "host/SelectionEventRecord.h"
 #include "kit/BezierPath.h"
@@ -20,8 +21,6 @@
 
 namespace {
 
-constexpr int kModeNew = 0;
-constexpr float kPolygonToolNumber = 2;
 // Entered and exited, moved, active in the key window: the rubber band's moves while drawing.
 constexpr unsigned kDrawingAreaOptions
     = kit::TrackingMouseEnteredAndExited | kit::TrackingMouseMoved | kit::TrackingActiveInKeyWindow;
@@ -187,7 +186,7 @@ void PolygonSelectionView::dealDoubleClick()
     ImportSelectionMask(m_QMContext, buffer, origin);
     // Recorded right after the import, before the refresh closes the host's undo step.
     SelectionEventRecord record;
-    record.param2 = kPolygonToolNumber;
+    record.param2 = float(kToolPolygon);
     record.param3 = float(vertices.size());
     record.param5 = f;
     record.text = FormatPolygonVertexText(vertices);

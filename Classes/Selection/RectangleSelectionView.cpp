@@ -20,9 +20,7 @@
 
 namespace {
 
-// Selection modes; the marquee types are the panel's.
-constexpr int kModeNew = 0;
-constexpr int kModeAdd = 1;
+// The marquee types are the panel's.
 constexpr int kTypeFixedRatio = RectangleSelectionOptions::kTypeFixedRatio;
 constexpr int kTypeFixedSize = RectangleSelectionOptions::kTypeFixedSize;
 // The read-out: 45 points high, 20 points from the cursor, value fields 30 points narrower.

@@ -3,6 +3,7 @@
 
 #include "Classes/Selection/GraphicsToBuffer.h"
 #include "Classes/Selection/SelectionBaseView.h"
+#include "Classes/Selection/SelectionNumbers.h"
 
 namespace kit {
 class BezierPath;
@@ -54,7 +55,7 @@ protected:
     /// positive result: it has no such result, so one would be a broken invariant.
     virtual void assertRasterised(int nRet, const char* operation) const;
     /// The tool number recorded with each selection.
-    virtual int toolNumber() const { return 0; }
+    virtual int toolNumber() const { return kToolRectangle; }
     /// The dashed outline of the shape in `rect`.
     virtual void drawOutline(const kit::Rect& rect) const;
     /// Strokes the path black, dashed 4 on and 3 off.

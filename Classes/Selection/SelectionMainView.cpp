@@ -7,6 +7,7 @@
 #include "Classes/Selection/FloatConversion.h"
 #include "Classes/Selection/PolygonSelectionView.h"
 #include "Classes/Selection/RectangleSelectionView.h"
+#include "Classes/Selection/SelectionNumbers.h"
 #include "Classes/Selection/SelectionOptionsView.h"
 #include "host/HostEngine.h"
 #include "kit/Cursor.h"
@@ -111,18 +112,18 @@ void SelectionMainView::setQMContext(void* context)
 SelectionBaseView* SelectionMainView::toolView(int toolNumber) const
 {
     switch (toolNumber) {
-    case 0: return m_rectangleSelectionView.get();
-    case 1: return m_ellipseSelectionView.get();
-    case 2: return m_polygonSelectionView.get();
-    case 3: return m_brushSelectionView.get();
-    case 4: return m_eraseSelectionView.get();
+    case kToolRectangle: return m_rectangleSelectionView.get();
+    case kToolEllipse: return m_ellipseSelectionView.get();
+    case kToolPolygon: return m_polygonSelectionView.get();
+    case kToolBrush: return m_brushSelectionView.get();
+    case kToolErase: return m_eraseSelectionView.get();
     }
     return nullptr;
 }
 
 void SelectionMainView::setSelectionViewWithSelectionOptionView(int toolNumber, kit::Object* options)
 {
-    for (int n = 0; n <= 4; ++n) {
+    for (int n = 0; n < kSelectionToolCount; ++n) {
         if (SelectionBaseView* tool = toolView(n))
             tool->removeFromSuperview();
     }
@@ -145,10 +146,10 @@ void SelectionMainView::dealPlay(SelectionEventRecord* record)
 {
     if (!record)
         return;
-    // Truncation toward zero, so anything in (-1, 5) names a tool; checked first because
-    // converting a NaN or a huge float to an integer is undefined.
+    // Truncation toward zero, so anything in (-1, tool count) names a tool; checked first
+    // because converting a NaN or a huge float to an integer is undefined.
     const float number = record->param2;
-    if (!(number > -1.0f && number < 5.0f))
+    if (!(number > -1.0f && number < float(kSelectionToolCount)))
         return;
     if (SelectionBaseView* tool = toolView(static_cast<int>(number)))
         tool->dealPlay(record);

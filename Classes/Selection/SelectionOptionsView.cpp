@@ -5,6 +5,7 @@
 #include "Classes/Selection/PolygonSelectionOptions.h"
 #include "Classes/Selection/RectangleSelectionOptions.h"
 #include "Classes/Selection/SelectionMainView.h"
+#include "Classes/Selection/SelectionNumbers.h"
 #include "Classes/Selection/SelectionPanelControls.h"
 #include "entry/ResourceHelpers.h"
 #include "kit/ImageView.h"
@@ -17,11 +18,11 @@ using Controls = SelectionPanelControls;
 
 namespace {
 
-constexpr int kToolCount = 5;
-constexpr std::array<const char*, kToolCount> kPlainToolImages = { "rectangle.png", "ellipse.png", "polygon.png",
-                                                                   "brush.png", "eraser.png" };
-constexpr std::array<const char*, kToolCount> kPressedToolImages = { "rectangle2.png", "ellipse2.png", "polygon2.png",
-                                                                     "brush2.png", "eraser2.png" };
+constexpr std::array<const char*, kSelectionToolCount> kPlainToolImages = { "rectangle.png", "ellipse.png",
+                                                                             "polygon.png", "brush.png", "eraser.png" };
+constexpr std::array<const char*, kSelectionToolCount> kPressedToolImages = { "rectangle2.png", "ellipse2.png",
+                                                                               "polygon2.png", "brush2.png",
+                                                                               "eraser2.png" };
 constexpr float kPanelX = 262;
 // The panel reaches 33 points past the bar's right edge, where the bar clips it.
 constexpr float kPanelWidthInset = 229;
@@ -52,8 +53,8 @@ SelectionOptionsView::~SelectionOptionsView()
 
 void SelectionOptionsView::initData()
 {
-    m_nTool = 0;
-    m_nOldTool = 0;
+    m_nTool = kToolRectangle;
+    m_nOldTool = kToolRectangle;
     m_view = nullptr;
     m_rectangleSelectionOptions.clear();
     m_polygonSelectionOptions.clear();
@@ -92,11 +93,11 @@ void SelectionOptionsView::initView()
     addSubview(icon.get());
 
     Controls::addSeparator(*this, 60, 10, h - 15);
-    m_btnRectangle = addToolButton(80, "rectangle2.png", "Select a Rectangle Area", 0);
-    m_btnEllipse = addToolButton(113, "ellipse.png", "Select a Ellicapse Area", 1);
-    m_btnPolygon = addToolButton(146, "polygon.png", "Select a Polygon Area", 2);
-    m_btnBrush = addToolButton(179, "brush.png", "Draw a Selection Area", 3);
-    m_btnErase = addToolButton(212, "eraser.png", "Erase a Selection Area", 4);
+    m_btnRectangle = addToolButton(80, "rectangle2.png", "Select a Rectangle Area", kToolRectangle);
+    m_btnEllipse = addToolButton(113, "ellipse.png", "Select a Ellicapse Area", kToolEllipse);
+    m_btnPolygon = addToolButton(146, "polygon.png", "Select a Polygon Area", kToolPolygon);
+    m_btnBrush = addToolButton(179, "brush.png", "Draw a Selection Area", kToolBrush);
+    m_btnErase = addToolButton(212, "eraser.png", "Erase a Selection Area", kToolErase);
     Controls::addSeparator(*this, 257, 12, h - 20);
 
     if (!m_rectangleSelectionOptions) {
@@ -114,11 +115,11 @@ void SelectionOptionsView::initView()
 kit::Button* SelectionOptionsView::toolButton(int tool) const
 {
     switch (tool) {
-    case 0: return m_btnRectangle;
-    case 1: return m_btnEllipse;
-    case 2: return m_btnPolygon;
-    case 3: return m_btnBrush;
-    case 4: return m_btnErase;
+    case kToolRectangle: return m_btnRectangle;
+    case kToolEllipse: return m_btnEllipse;
+    case kToolPolygon: return m_btnPolygon;
+    case kToolBrush: return m_btnBrush;
+    case kToolErase: return m_btnErase;
     }
     return nullptr;
 }
@@ -144,7 +145,7 @@ void SelectionOptionsView::changeSelectionTool(kit::Object* sender)
 
 void SelectionOptionsView::setSelectionToolBtn()
 {
-    for (int tool = 0; tool < kToolCount; ++tool) {
+    for (int tool = 0; tool < kSelectionToolCount; ++tool) {
         if (kit::Button* button = toolButton(tool))
             setBothImages(*button, kPlainToolImages[std::size_t(tool)]);
     }
@@ -152,7 +153,7 @@ void SelectionOptionsView::setSelectionToolBtn()
     if (tag > INT_MAX)
         return;
     auto* pressed = dynamic_cast<kit::Button*>(viewWithTag(int(tag)));
-    if (!pressed || pressed->tag() < kToolTagBase || pressed->tag() >= kToolTagBase + kToolCount)
+    if (!pressed || pressed->tag() < kToolTagBase || pressed->tag() >= kToolTagBase + kSelectionToolCount)
         return;
     setBothImages(*pressed, kPressedToolImages[std::size_t(pressed->tag() - kToolTagBase)]);
 }
@@ -160,13 +161,13 @@ void SelectionOptionsView::setSelectionToolBtn()
 int SelectionOptionsView::outgoingMode() const
 {
     switch (m_nOldTool) {
-    case 0:
-    case 1: return m_rectangleSelectionOptions ? m_rectangleSelectionOptions->selectionMode() : 0;
-    case 2: return m_polygonSelectionOptions ? m_polygonSelectionOptions->selectionMode() : 0;
-    case 3:
-    case 4: return m_brushSeltionOptions ? m_brushSeltionOptions->selectionMode() : 0;
+    case kToolRectangle:
+    case kToolEllipse: return m_rectangleSelectionOptions ? m_rectangleSelectionOptions->selectionMode() : kModeNew;
+    case kToolPolygon: return m_polygonSelectionOptions ? m_polygonSelectionOptions->selectionMode() : kModeNew;
+    case kToolBrush:
+    case kToolErase: return m_brushSeltionOptions ? m_brushSeltionOptions->selectionMode() : kModeNew;
     }
-    return 0;
+    return kModeNew;
 }
 
 void SelectionOptionsView::detachPanels()
@@ -196,11 +197,11 @@ kit::View* SelectionOptionsView::attachPanel(int mode)
         return panel.get();
     };
     switch (m_nTool) {
-    case 0:
-    case 1: return attach(m_rectangleSelectionOptions);
-    case 2: return attach(m_polygonSelectionOptions);
-    case 3:
-    case 4: return attach(m_brushSeltionOptions);
+    case kToolRectangle:
+    case kToolEllipse: return attach(m_rectangleSelectionOptions);
+    case kToolPolygon: return attach(m_polygonSelectionOptions);
+    case kToolBrush:
+    case kToolErase: return attach(m_brushSeltionOptions);
     }
     return nullptr;
 }
