@@ -15,9 +15,7 @@ void BrushSelectionOptions::initData() { m_fRadius = kStartRadius; }
 
 void BrushSelectionOptions::initView()
 {
-    const auto modes = Controls::addModeButtons(*this, &BrushSelectionOptions::changeSelectionMode);
-    m_btnDefaultMode = modes[0];
-    m_btnAddMode = modes[1];
+    addModeButtons();
     const float h = frame().height();
     Controls::addSeparator(*this, 86, 12, h - 20);
     const std::string toolTip = Controls::localized("Set Brush Radius");
@@ -41,27 +39,8 @@ void BrushSelectionOptions::setRadiusSliderUI()
         m_sliderRadius->setFloatValue(m_fRadius);
 }
 
-void BrushSelectionOptions::setSelectionMode(int mode)
-{
-    m_mode = mode;
-    setSelectionModeBtn();
-}
-
-void BrushSelectionOptions::changeSelectionMode(kit::Object* sender)
-{
-    int mode = 0;
-    if (Controls::modeOfSender(sender, mode) && mode != m_mode)
-        setSelectionMode(mode);
-}
-
 void BrushSelectionOptions::changeRadius(kit::Object* sender)
 {
     if (auto* slider = dynamic_cast<kit::Slider*>(sender))
         setRadius(slider->floatValue());
-}
-
-void BrushSelectionOptions::setSelectionModeBtn()
-{
-    Controls::showModeButtons(*this, { m_btnDefaultMode, m_btnAddMode, nullptr, nullptr }, m_mode,
-                              Controls::kModeTagBase + 1);
 }

@@ -11,9 +11,7 @@ void PolygonSelectionOptions::initData() { m_fFeather = 0; }
 
 void PolygonSelectionOptions::initView()
 {
-    const auto modes = Controls::addModeButtons(*this, &PolygonSelectionOptions::changeSelectionMode);
-    m_btnDefaultMode = modes[0];
-    m_btnAddMode = modes[1];
+    addModeButtons();
     Controls::addSeparator(*this, 86, 12, frame().height() - 20);
     m_featherText = Controls::addFeatherGroup(*this, Controls::hostEditBoxImage().get(), m_fFeather,
                                               &PolygonSelectionOptions::showSilder, &PolygonSelectionOptions::hideSlider,
@@ -24,19 +22,6 @@ void PolygonSelectionOptions::setFeather(float feather)
 {
     m_fFeather = Controls::clampFeather(feather);
     changeSelectionFeatherUI();
-}
-
-void PolygonSelectionOptions::setSelectionMode(int mode)
-{
-    m_mode = mode;
-    setSelectionModeBtn();
-}
-
-void PolygonSelectionOptions::changeSelectionMode(kit::Object* sender)
-{
-    int mode = 0;
-    if (Controls::modeOfSender(sender, mode) && mode != m_mode)
-        setSelectionMode(mode);
 }
 
 void PolygonSelectionOptions::showSilder(kit::Object* sender)
@@ -54,12 +39,6 @@ void PolygonSelectionOptions::changeSilderValue(kit::Object* sender)
     auto* slider = dynamic_cast<kit::Slider*>(sender);
     if (slider && slider->tag() == Controls::kFeatherTag + 2)
         setFeather(slider->floatValue());
-}
-
-void PolygonSelectionOptions::setSelectionModeBtn()
-{
-    Controls::showModeButtons(*this, { m_btnDefaultMode, m_btnAddMode, m_btnSubtractMode, m_btnIntersectMode }, m_mode,
-                              Controls::kModeTagBase + 3);
 }
 
 void PolygonSelectionOptions::changeSelectionFeatherUI() { Controls::showFeather(*this, m_featherText, m_fFeather); }

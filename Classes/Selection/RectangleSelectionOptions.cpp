@@ -87,9 +87,7 @@ void RectangleSelectionOptions::initData()
 
 void RectangleSelectionOptions::initView()
 {
-    const auto modes = Controls::addModeButtons(*this, &RectangleSelectionOptions::changeSelectionMode);
-    m_btnDefaultMode = modes[0];
-    m_btnAddMode = modes[1];
+    addModeButtons();
     const float h = frame().height();
     Controls::addSeparator(*this, 86, 12, h - 20);
 
@@ -160,19 +158,6 @@ void RectangleSelectionOptions::setSelectionFixedSize(kit::Size size)
     changeSelectionSizeUI();
 }
 
-void RectangleSelectionOptions::setSelectionMode(int mode)
-{
-    m_mode = mode;
-    setSelectionModeBtn();
-}
-
-void RectangleSelectionOptions::changeSelectionMode(kit::Object* sender)
-{
-    int mode = 0;
-    if (Controls::modeOfSender(sender, mode) && mode != m_mode)
-        setSelectionMode(mode);
-}
-
 void RectangleSelectionOptions::changeSelectionType(kit::Object* sender)
 {
     if (auto* popUp = dynamic_cast<kit::PopUpButton*>(sender))
@@ -234,12 +219,6 @@ void RectangleSelectionOptions::changeSilderValue(kit::Object* sender)
     case kWidthTag + 2: takeSizeValue(true, slider->integerValue(), slider->floatValue()); break;
     case kHeightTag + 2: takeSizeValue(false, slider->integerValue(), slider->floatValue()); break;
     }
-}
-
-void RectangleSelectionOptions::setSelectionModeBtn()
-{
-    Controls::showModeButtons(*this, { m_btnDefaultMode, m_btnAddMode, m_btnSubtractMode, m_btnIntersectMode }, m_mode,
-                              Controls::kModeTagBase + 3);
 }
 
 void RectangleSelectionOptions::changeSelectionFeatherUI() { Controls::showFeather(*this, m_featherText, m_fFeather); }

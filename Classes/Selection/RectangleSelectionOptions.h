@@ -1,14 +1,13 @@
 // RectangleSelectionOptions: the option panel of the rectangle and ellipse marquee tools.
 #pragma once
 
-#include "kit/Button.h"
+#include "Classes/Selection/SelectionPanel.h"
 #include "kit/TextField.h"
-#include "kit/View.h"
 
 /// Selection mode, feather radius, marquee type (0 Normal, 1 Fixed Ratio, 2 Fixed Size) and
 /// the ratio or fixed size that goes with the type. The marquee tools read these at every
 /// mouse action; every setter clamps and then refreshes what the panel shows.
-class RectangleSelectionOptions final : public kit::View, public kit::TextFieldDelegate {
+class RectangleSelectionOptions final : public SelectionPanel, public kit::TextFieldDelegate {
     KIT_MAKEABLE
 public:
     void initData() override;
@@ -19,8 +18,6 @@ public:
     void getSelectionRatioHeightRatio(float& width, float& height) const;
     /// The fixed width and height in pixels.
     kit::Size getSelectionFixedSize() const;
-    /// 0 New, 1 Add.
-    int selectionMode() const { return m_mode; }
 
     /// Clamped to 0 to 100.
     void setFeather(float feather);
@@ -30,17 +27,13 @@ public:
     void setSelectionRatioHeightRatio(float width, float height);
     /// Each side clamped to 1 to 3000, then truncated to whole pixels.
     void setSelectionFixedSize(kit::Size size);
-    /// Stored as given; the matching mode button shows pressed.
-    void setSelectionMode(int mode);
 
-    /// Actions of the mode buttons, the type pop-up, the slider buttons and the sliders.
-    void changeSelectionMode(kit::Object* sender);
+    /// Actions of the type pop-up, the slider buttons and the sliders.
     void changeSelectionType(kit::Object* sender);
     void showSilder(kit::Object* sender);
     void hideSlider(kit::Object* sender);
     void changeSilderValue(kit::Object* sender);
 
-    void setSelectionModeBtn();
     void changeSelectionFeatherUI();
     void changeSelectionSizeUI();
 
@@ -60,7 +53,7 @@ public:
     static constexpr int kTypeFixedSize = 2;
 
 private:
-    explicit RectangleSelectionOptions(const kit::Rect& frame) : kit::View(frame) {}
+    explicit RectangleSelectionOptions(const kit::Rect& frame) : SelectionPanel(frame, kModeIntersect) {}
 
     /// The value that the width (tag 300) or height (tag 400) group shows, as its slider's range and value.
     void showSizeOnSlider(int sliderTag, int pixels, float ratio);
@@ -77,9 +70,4 @@ private:
     kit::TextField* m_featherText = nullptr;
     kit::TextField* m_widthText = nullptr;
     kit::TextField* m_heightText = nullptr;
-    int m_mode = 0;
-    kit::Button* m_btnDefaultMode = nullptr;
-    kit::Button* m_btnAddMode = nullptr;
-    kit::Button* m_btnSubtractMode = nullptr;
-    kit::Button* m_btnIntersectMode = nullptr;
 };

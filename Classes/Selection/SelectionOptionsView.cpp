@@ -28,12 +28,6 @@ constexpr float kPanelX = 262;
 constexpr float kPanelWidthInset = 229;
 constexpr double kFirstSwitchDelay = 0.05;
 
-void setBothImages(kit::Button& button, const char* name)
-{
-    button.setImage(myLibraryImageNamed(name));
-    button.setAlternateImage(myLibraryImageNamed(name));
-}
-
 } // namespace
 
 SelectionOptionsView::SelectionOptionsView(const kit::Rect& frame) : kit::View(frame) {}
@@ -147,7 +141,7 @@ void SelectionOptionsView::setSelectionToolBtn()
 {
     for (int tool = 0; tool < kSelectionToolCount; ++tool) {
         if (kit::Button* button = toolButton(tool))
-            setBothImages(*button, kPlainToolImages[std::size_t(tool)]);
+            Controls::setBothImages(*button, kPlainToolImages[std::size_t(tool)]);
     }
     const long long tag = (long long)m_nTool + kToolTagBase;
     if (tag > INT_MAX)
@@ -155,7 +149,7 @@ void SelectionOptionsView::setSelectionToolBtn()
     auto* pressed = dynamic_cast<kit::Button*>(viewWithTag(int(tag)));
     if (!pressed || pressed->tag() < kToolTagBase || pressed->tag() >= kToolTagBase + kSelectionToolCount)
         return;
-    setBothImages(*pressed, kPressedToolImages[std::size_t(pressed->tag() - kToolTagBase)]);
+    Controls::setBothImages(*pressed, kPressedToolImages[std::size_t(pressed->tag() - kToolTagBase)]);
 }
 
 int SelectionOptionsView::outgoingMode() const

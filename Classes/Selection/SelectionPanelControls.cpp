@@ -13,10 +13,6 @@
 namespace {
 
 constexpr float kValueFontSize = 9.5f;
-constexpr std::array<const char*, 4> kPlainModeImages = { "selection_default.png", "selection_add.png",
-                                                          "selection_subtract.png", "selection_intersect.png" };
-constexpr std::array<const char*, 4> kPressedModeImages = { "selection_default2.png", "selection_add2.png",
-                                                            "selection_subtract2.png", "selection_intersect2.png" };
 
 /// The value with a fixed number of decimals and a point as the decimal mark, whatever locale
 /// the host process has set: typed values are read back with a point.
@@ -25,20 +21,6 @@ std::string fixedDecimals(double value, int decimals)
     char buffer[400];
     const auto result = std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed, decimals);
     return result.ec == std::errc() ? std::string(buffer, result.ptr) : std::string();
-}
-
-/// viewWithTag for a tag computed in wider arithmetic: a tag no int can hold names no view.
-kit::View* viewWithWideTag(kit::View& panel, long long tag)
-{
-    if (tag < INT_MIN || tag > INT_MAX)
-        return nullptr;
-    return panel.viewWithTag(int(tag));
-}
-
-void setBothImages(kit::Button& button, const char* name)
-{
-    button.setImage(myLibraryImageNamed(name));
-    button.setAlternateImage(myLibraryImageNamed(name));
 }
 
 } // namespace
@@ -154,28 +136,17 @@ kit::TextField* SelectionPanelControls::addValueField(kit::View& panel, const ki
     return field.get();
 }
 
-void SelectionPanelControls::showModeButtons(kit::View& panel, const ModeButtons& buttons, int mode, int lastTag)
+kit::View* SelectionPanelControls::viewWithWideTag(kit::View& panel, long long tag)
 {
-    for (std::size_t n = 0; n < buttons.size(); ++n) {
-        if (buttons[n])
-            setBothImages(*buttons[n], kPlainModeImages[n]);
-    }
-    auto* pressed = dynamic_cast<kit::Button*>(viewWithWideTag(panel, (long long)mode + kModeTagBase));
-    if (!pressed || pressed->tag() < kModeTagBase || pressed->tag() > lastTag)
-        return;
-    setBothImages(*pressed, kPressedModeImages[std::size_t(pressed->tag() - kModeTagBase)]);
+    if (tag < INT_MIN || tag > INT_MAX)
+        return nullptr;
+    return panel.viewWithTag(int(tag));
 }
 
-bool SelectionPanelControls::modeOfSender(kit::Object* sender, int& mode)
+void SelectionPanelControls::setBothImages(kit::Button& button, const char* name)
 {
-    auto* button = dynamic_cast<kit::Button*>(sender);
-    if (!button)
-        return false;
-    const long long wide = (long long)button->tag() - kModeTagBase;
-    if (wide < INT_MIN)
-        return false;
-    mode = int(wide);
-    return true;
+    button.setImage(myLibraryImageNamed(name));
+    button.setAlternateImage(myLibraryImageNamed(name));
 }
 
 kit::Slider* SelectionPanelControls::sliderWithTag(kit::View& panel, long long tag)

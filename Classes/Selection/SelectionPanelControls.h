@@ -1,4 +1,4 @@
-// SelectionPanelControls: the controls, texts and reactions that the three option panels share.
+// SelectionPanelControls: the controls, texts and reactions that the option panels and the tool bar share.
 #pragma once
 
 #include "kit/Button.h"
@@ -6,19 +6,13 @@
 #include "kit/Slider.h"
 #include "kit/TextField.h"
 
-#include <array>
 #include <string>
 
-/// Builders and helpers for the option panels: the New/Add mode buttons, separators, labels,
-/// value boxes and fields, the slider buttons and sliders, and the pressed look of the mode
-/// buttons. Every control is added to the panel, whose view tree owns it; the raw pointers
-/// handed back stay valid while the panel lives.
+/// Builders and helpers for the option panels and the tool bar: buttons, separators, labels,
+/// value boxes and fields, the slider buttons and sliders. Every control is added to the panel,
+/// whose view tree owns it; the raw pointers handed back stay valid while the panel lives.
 class SelectionPanelControls final {
 public:
-    /// Tag of the New mode button; a mode button's tag is this plus its mode.
-    static constexpr int kModeTagBase = 101;
-    /// A panel's mode buttons by mode (New, Add, Subtract, Intersect); null where none was built.
-    using ModeButtons = std::array<kit::Button*, 4>;
     /// The feather field's tag; its slider button, slider and close button follow it.
     static constexpr int kFeatherTag = 200;
     static constexpr float kMaxFeather = 100;
@@ -43,16 +37,6 @@ public:
         kit::Button* button = makeButton(panel, frame, image, alternate, toolTip, tag);
         button->setAction(action);
         return button;
-    }
-    /// The New and Add buttons at the panel's left, New showing its pressed image.
-    template <typename Panel>
-    static std::array<kit::Button*, 2> addModeButtons(Panel& panel, void (Panel::*action)(kit::Object*))
-    {
-        const float y = panel.frame().height() * 0.5f - 12;
-        return { addButton(panel, { 10, y, 30, 30 }, "selection_default2.png", true, localized("New Shape Area"),
-                           kModeTagBase, action),
-                 addButton(panel, { 43, y, 30, 30 }, "selection_add.png", true, localized("Add to Shape Area"),
-                           kModeTagBase + 1, action) };
     }
     /// The button that opens a value's slider (tag `tag`) and, on top of it and hidden, the one
     /// that closes it again (tag `tag` + 2).
@@ -113,11 +97,10 @@ public:
     static kit::TextField* addValueField(kit::View& panel, const kit::Rect& frame, int tag, const std::string& toolTip,
                                          kit::TextFieldDelegate* delegate);
 
-    /// Gives every existing mode button its plain image, then the button tagged `mode` + 101,
-    /// if there is one with a tag up to `lastTag`, its pressed image.
-    static void showModeButtons(kit::View& panel, const ModeButtons& buttons, int mode, int lastTag);
-    /// The mode a mode button stands for, or nothing when the sender is not a button.
-    static bool modeOfSender(kit::Object* sender, int& mode);
+    /// `name` from the plug-in bundle as both image and alternate image.
+    static void setBothImages(kit::Button& button, const char* name);
+    /// viewWithTag for a tag computed in wider arithmetic: a tag no int can hold names no view.
+    static kit::View* viewWithWideTag(kit::View& panel, long long tag);
 
     /// Opens a value's slider for the slider button `sender`: hides it, shows its close button
     /// and the slider. Gives the slider (null when there is none) and the button's tag; false
