@@ -1,8 +1,6 @@
 // The lasso and brush options panels as a person uses them.
 #include "tests/selection/OptionBarTestSupport.h"
 
-#include <limits>
-
 namespace {
 
 using optionbar::showsImage;
@@ -65,18 +63,6 @@ TEST_F(LassoPanel, TheSliderOpensAtTheFeatherAndClosesAgain)
     EXPECT_FALSE(panel->viewWithTag(201)->isHidden());
 }
 
-TEST_F(LassoPanel, ModeButtonsSwitchBetweenNewAndAdd)
-{
-    click(modeButton(1));
-    EXPECT_EQ(panel->selectionMode(), 1);
-    EXPECT_TRUE(showsImage(modeButton(1), "selection_add2.png"));
-    EXPECT_TRUE(showsImage(modeButton(0), "selection_default.png"));
-    click(modeButton(0));
-    EXPECT_EQ(panel->selectionMode(), 0);
-    EXPECT_TRUE(showsImage(modeButton(0), "selection_default2.png"));
-    EXPECT_TRUE(showsImage(modeButton(1), "selection_add.png"));
-}
-
 class BrushPanel : public optionbar::OptionBarTest {
 protected:
     void SetUp() override
@@ -127,13 +113,6 @@ TEST_F(BrushPanel, AddPressedTwiceIsDoneOnceAndServesTheEraseToolToo)
     EXPECT_EQ(panel->selectionMode(), 1);
     clickTool(4);
     EXPECT_TRUE(showsImage(modeButton(1), "selection_add2.png"));
-    EXPECT_TRUE(showsImage(modeButton(0), "selection_default.png"));
-
-    // Only New and Add have buttons; anything else leaves both plain.
-    panel->setSelectionMode(2);
-    EXPECT_TRUE(showsImage(modeButton(1), "selection_add.png"));
-    EXPECT_TRUE(showsImage(modeButton(0), "selection_default.png"));
-    panel->setSelectionMode(std::numeric_limits<int>::max());
     EXPECT_TRUE(showsImage(modeButton(0), "selection_default.png"));
 }
 
