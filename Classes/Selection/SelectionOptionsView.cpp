@@ -128,13 +128,9 @@ void SelectionOptionsView::setSelectionToolFromTool(int tool, int oldTool)
 
 void SelectionOptionsView::changeSelectionTool(kit::Object* sender)
 {
-    auto* button = dynamic_cast<kit::Button*>(sender);
-    if (!button)
-        return;
-    const long long tool = (long long)button->tag() - kToolTagBase;
-    if (tool < INT_MIN || tool == m_nTool)
-        return;
-    setSelectionToolFromTool(int(tool), m_nTool);
+    int tool = kToolRectangle;
+    if (Controls::numberOfButton(sender, kToolTagBase, tool) && tool != m_nTool)
+        setSelectionToolFromTool(tool, m_nTool);
 }
 
 void SelectionOptionsView::setSelectionToolBtn()

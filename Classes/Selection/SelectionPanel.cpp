@@ -4,7 +4,6 @@
 #include "Classes/Selection/SelectionPanelControls.h"
 
 #include <array>
-#include <climits>
 
 using Controls = SelectionPanelControls;
 
@@ -36,12 +35,9 @@ void SelectionPanel::setSelectionMode(int mode)
 
 void SelectionPanel::changeSelectionMode(kit::Object* sender)
 {
-    auto* button = dynamic_cast<kit::Button*>(sender);
-    if (!button)
-        return;
-    const long long mode = (long long)button->tag() - kModeTagBase;
-    if (mode >= INT_MIN && mode != m_mode)
-        setSelectionMode(int(mode));
+    int mode = kModeNew;
+    if (Controls::numberOfButton(sender, kModeTagBase, mode) && mode != m_mode)
+        setSelectionMode(mode);
 }
 
 void SelectionPanel::setSelectionModeBtn()

@@ -143,6 +143,18 @@ kit::View* SelectionPanelControls::viewWithWideTag(kit::View& panel, long long t
     return panel.viewWithTag(int(tag));
 }
 
+bool SelectionPanelControls::numberOfButton(kit::Object* sender, int tagBase, int& number)
+{
+    auto* button = dynamic_cast<kit::Button*>(sender);
+    if (!button)
+        return false;
+    const long long wide = (long long)button->tag() - tagBase;
+    if (wide < INT_MIN)
+        return false;
+    number = int(wide);
+    return true;
+}
+
 void SelectionPanelControls::setBothImages(kit::Button& button, const char* name)
 {
     button.setImage(myLibraryImageNamed(name));

@@ -101,6 +101,9 @@ public:
     static void setBothImages(kit::Button& button, const char* name);
     /// viewWithTag for a tag computed in wider arithmetic: a tag no int can hold names no view.
     static kit::View* viewWithWideTag(kit::View& panel, long long tag);
+    /// The number a button of a numbered row stands for (its tag less `tagBase`); false when
+    /// the sender is not a button or the difference leaves the int range below.
+    static bool numberOfButton(kit::Object* sender, int tagBase, int& number);
 
     /// Opens a value's slider for the slider button `sender`: hides it, shows its close button
     /// and the slider. Gives the slider (null when there is none) and the button's tag; false
