@@ -50,26 +50,72 @@ std::vector<Phase> phasesFor(int step)
     return phases;
 }
 
-// The block's mean coverage of each step x step square, zero beyond the plane.
+// The block's mean coverage of each step x step square, zero beyond the plane. Each sample row
+// adds its step rows into 16-bit sums (16 x 255 fits) and halves them pairwise across: loops the
+// compiler turns into vector code.
 void decimate(
     const std::uint8_t* coverage, int width, int height, int step, std::uint8_t* out, int outWidth, int outHeight)
 {
-    std::vector<std::uint32_t> sums(std::size_t(outWidth) * std::size_t(step), 0);
-    const std::uint32_t area = std::uint32_t(step) * std::uint32_t(step);
+    const std::size_t padded = std::size_t(outWidth) * std::size_t(step);
+    std::vector<std::uint16_t> sums(padded), halves(padded / 2);
+    int shift = 0;
+    while ((1 << shift) < step)
+        shift++;
     for (int j = 0; j < outHeight; ++j) {
-        std::fill(sums.begin(), sums.end(), 0u);
+        std::fill(sums.begin(), sums.end(), std::uint16_t(0));
+        std::uint16_t* s = sums.data();
+        std::uint16_t* t = halves.data();
         for (int r = j * step; r < std::min(height, (j + 1) * step); ++r) {
             const std::uint8_t* line = coverage + std::size_t(r) * std::size_t(width);
             for (int x = 0; x < width; ++x)
-                sums[std::size_t(x)] += line[x];
+                s[x] = std::uint16_t(s[x] + line[x]);
+        }
+        for (std::size_t length = padded; length > std::size_t(outWidth); length /= 2) {
+            for (std::size_t i = 0; i < length / 2; ++i)
+                t[i] = std::uint16_t(s[2 * i] + s[2 * i + 1]);
+            std::swap(s, t);
         }
         std::uint8_t* target = out + std::size_t(j) * std::size_t(outWidth);
-        for (int i = 0; i < outWidth; ++i) {
-            std::uint32_t sum = 0;
-            for (int k = 0; k < step; ++k)
-                sum += sums[std::size_t(i) * std::size_t(step) + std::size_t(k)];
-            target[i] = std::uint8_t((sum + area / 2) / area);
+        const unsigned half = (1u << (2 * shift)) / 2;
+        for (int i = 0; i < outWidth; ++i)
+            target[i] = std::uint8_t((unsigned(s[i]) + half) >> (2 * shift));
+    }
+}
+
+// One output row interpolated across from `between` (a row of samples already interpolated down,
+// in 8-bit steps plus a half, and `levels`, their bytes): sample interval m, from sample m to
+// m + 1, covers pixels m step - step / 2 .. m step + step / 2 - 1 at weights (t + 0.5) / step.
+// An interval between samples of the same byte is that byte throughout: away from the shape's
+// edge whole runs of them are filled.
+void interpolateRow(const float* between, const std::uint8_t* levels, int samples, int step, const float* weights,
+    std::uint8_t* row, int width)
+{
+    const int half = step / 2;
+    auto start = [&](int m) { return std::clamp(m * step - half, 0, width); };
+    for (int m = 0; m + 1 < samples;) {
+        const std::uint8_t level = levels[m];
+        int end = m + 1;
+        // Eight samples a compare through the long runs.
+        const std::uint64_t eight = level * 0x0101010101010101ull;
+        for (std::uint64_t word = 0; end + 8 <= samples; end += 8) {
+            std::memcpy(&word, levels + end, 8);
+            if (word != eight)
+                break;
         }
+        while (end < samples && levels[end] == level)
+            ++end;
+        if (end > m + 1) {
+            // Intervals m .. end - 2 have ends of the same byte.
+            std::memset(row + start(m), level, std::size_t(start(end - 1) - start(m)));
+            m = end - 1;
+            continue;
+        }
+        const float a = between[m], slope = between[m + 1] - a;
+        const int from = start(m), to = start(m + 1);
+        const float* w = weights + (from - (m * step - half));
+        for (int x = from; x < to; ++x)
+            row[x] = std::uint8_t(a + slope * w[x - from]);
+        ++m;
     }
 }
 
@@ -177,30 +223,24 @@ bool FeatheredFill::blurDecimated(const std::uint8_t colour[4], int step)
     if (!GaussianBlur(sampleSigma).blurChannelWide(source, areaWidth, areaHeight, strips, plane))
         return false;
 
-    // Each column's left sample and weight, the same for every row.
-    std::vector<std::int32_t> left(static_cast<std::size_t>(m_width));
-    std::vector<float> weight(static_cast<std::size_t>(m_width));
-    for (int x = 0; x < m_width; ++x) {
-        const Phase p = phases[std::size_t(x % step)];
-        left[std::size_t(x)] = x / step + p.offset;
-        weight[std::size_t(x)] = p.weight;
-    }
-    std::vector<float> between(static_cast<std::size_t>(areaWidth) + 1), slope(static_cast<std::size_t>(areaWidth) + 1);
-    std::vector<std::uint8_t> row(static_cast<std::size_t>(m_width));
+    std::vector<float> weights(static_cast<std::size_t>(step));
+    for (int t = 0; t < step; ++t)
+        weights[std::size_t(t)] = float((t + 0.5) / step);
+    std::vector<float> between(static_cast<std::size_t>(areaWidth));
+    std::vector<std::uint8_t> levels(static_cast<std::size_t>(areaWidth)), row(static_cast<std::size_t>(m_width));
     for (int y = m_height; y-- > 0;) {
         const Phase vertical = phases[std::size_t(y % step)];
         const std::uint16_t* above = plane + std::size_t(firstSampleRow(y)) * planeStride;
         const std::uint16_t* below = above + planeStride;
         // In 8-bit steps, with half a step added so that truncation rounds.
+        const float down = vertical.weight / 256, up = (1 - vertical.weight) / 256;
+        float* b = between.data();
+        std::uint8_t* l = levels.data();
         for (int i = 0; i < areaWidth; ++i)
-            between[std::size_t(i)]
-                = (float(above[i]) + (float(below[i]) - float(above[i])) * vertical.weight) / 256 + 0.5f;
-        for (int i = 0; i + 1 < areaWidth; ++i)
-            slope[std::size_t(i)] = between[std::size_t(i) + 1] - between[std::size_t(i)];
-        for (std::size_t x = 0; x < row.size(); ++x) {
-            const std::size_t i = std::size_t(left[x]);
-            row[x] = std::uint8_t(between[i] + slope[i] * weight[x]);
-        }
+            b[i] = float(above[i]) * up + float(below[i]) * down + 0.5f;
+        for (int i = 0; i < areaWidth; ++i)
+            l[i] = std::uint8_t(int(b[i]));
+        interpolateRow(between.data(), levels.data(), areaWidth, step, weights.data(), row.data(), m_width);
         pixelkernels::writeCoverage(
             row.data(), colour, m_pixels + std::size_t(y) * std::size_t(m_width) * 4, row.size());
     }
