@@ -1,6 +1,7 @@
 // FeatheredFill: the blur of a coverage plane laid out inside the RGBA block it is written to.
 #include "kit/FeatheredFill.h"
 
+#include "kit/BlurTiles.h"
 #include "kit/GaussianBlur.h"
 #include "kit/PixelKernels.h"
 #include "kit/ScratchBlock.h"
@@ -19,15 +20,30 @@ constexpr int kMaxStep = 16;
 // blur from this many steps per sigma on.
 constexpr double kSigmaPerStep = 4;
 
-// Writes each plane row as coloured RGBA over the block's rows, first row first. The row is
-// copied out before its pixels are written: a plane in the block's last quarter, or ending with
-// the block with rows no wider than four pixels' bytes, is then never written over unread.
+// Writes each plane row as coloured RGBA over the block's rows, first row first; with `tiles`,
+// a flat tile's pixels are its level and the plane is not read there. The row is copied out
+// before its pixels are written: a plane in the block's last quarter, or ending with the block
+// with rows no wider than four pixels' bytes, is then never written over unread.
 void writeRowsForward(const std::uint8_t* plane, std::ptrdiff_t stride, std::uint8_t* pixels, int width, int height,
-    const std::uint8_t colour[4])
+    const std::uint8_t colour[4], const BlurTiles* tiles = nullptr)
 {
     std::vector<std::uint8_t> row(static_cast<std::size_t>(width));
+    std::vector<BlurTiles::Run> runs;
     for (int y = 0; y < height; ++y) {
-        std::memcpy(row.data(), plane + y * stride, row.size());
+        const std::uint8_t* line = plane + y * stride;
+        if (!tiles) {
+            std::memcpy(row.data(), line, row.size());
+        } else {
+            if (y % BlurTiles::kSize == 0)
+                tiles->runsAcross(y / BlurTiles::kSize, y / BlurTiles::kSize, width, runs);
+            for (const BlurTiles::Run& run : runs) {
+                const std::size_t from = std::size_t(run.from), count = std::size_t(run.to - run.from);
+                if (run.level == BlurTiles::kMixed)
+                    std::memcpy(row.data() + from, line + from, count);
+                else
+                    std::memset(row.data() + from, run.level, count);
+            }
+        }
         pixelkernels::writeCoverage(row.data(), colour, pixels + std::size_t(y) * std::size_t(width) * 4, row.size());
     }
 }
@@ -82,27 +98,27 @@ void decimate(
     }
 }
 
-// One output row interpolated across from `between` (a row of samples already interpolated down,
-// in 8-bit steps plus a half, and `levels`, their bytes): sample interval m, from sample m to
-// m + 1, covers pixels m step - step / 2 .. m step + step / 2 - 1 at weights (t + 0.5) / step.
-// An interval between samples of the same byte is that byte throughout: away from the shape's
-// edge whole runs of them are filled.
-void interpolateRow(const float* between, const std::uint8_t* levels, int samples, int step, const float* weights,
-    std::uint8_t* row, int width)
+// Pixels of one output row interpolated across from `between` (samples already interpolated
+// down, in 8-bit steps plus a half) and `levels` (their bytes), for sample intervals mFrom ..
+// mTo-1: interval m, from sample m to m + 1, covers pixels m step - step / 2 .. m step + step / 2 - 1
+// at weights (t + 0.5) / step. An interval between samples of the same byte is that byte
+// throughout, and runs of them are filled.
+void interpolateRow(const float* between, const std::uint8_t* levels, int mFrom, int mTo, int step,
+    const float* weights, std::uint8_t* row, int width)
 {
     const int half = step / 2;
     auto start = [&](int m) { return std::clamp(m * step - half, 0, width); };
-    for (int m = 0; m + 1 < samples;) {
+    for (int m = mFrom; m < mTo;) {
         const std::uint8_t level = levels[m];
         int end = m + 1;
         // Eight samples a compare through the long runs.
         const std::uint64_t eight = level * 0x0101010101010101ull;
-        for (std::uint64_t word = 0; end + 8 <= samples; end += 8) {
+        for (std::uint64_t word = 0; end + 8 <= mTo + 1; end += 8) {
             std::memcpy(&word, levels + end, 8);
             if (word != eight)
                 break;
         }
-        while (end < samples && levels[end] == level)
+        while (end <= mTo && levels[end] == level)
             ++end;
         if (end > m + 1) {
             // Intervals m .. end - 2 have ends of the same byte.
@@ -172,15 +188,18 @@ bool FeatheredFill::blurFullSize(const std::uint8_t colour[4])
     source.width = m_width;
     source.height = m_height;
     source.bytesPerPixel = 1;
+    const GaussianBlur blur(m_sigma);
+    const BlurTiles tiles(source, m_width, m_height, blur.reach());
+    workspace.tiles = &tiles;
     const std::uint8_t* blurred = nullptr;
     std::ptrdiff_t stride = 0;
     const auto keep = [&](int, int, const std::uint8_t* rows, std::ptrdiff_t rowStride) {
         blurred = rows;
         stride = rowStride;
     };
-    if (!GaussianBlur(m_sigma).blurChannel(source, m_width, m_height, keep, nullptr, &workspace))
+    if (!blur.blurChannel(source, m_width, m_height, keep, nullptr, &workspace))
         return false;
-    writeRowsForward(blurred, stride, m_pixels, m_width, m_height, colour);
+    writeRowsForward(blurred, stride, m_pixels, m_width, m_height, colour, &tiles);
     return true;
 }
 
@@ -220,7 +239,9 @@ bool FeatheredFill::blurDecimated(const std::uint8_t colour[4], int step)
     source.y = 1;
     // The box average and the interpolation add step^2 / 4 of variance between them.
     const double sampleSigma = std::sqrt(m_sigma * m_sigma - step * step / 4.0) / step;
-    if (!GaussianBlur(sampleSigma).blurChannelWide(source, areaWidth, areaHeight, strips, plane))
+    const GaussianBlur blur(sampleSigma);
+    const BlurTiles tiles(source, areaWidth, areaHeight, blur.reach());
+    if (!blur.blurChannelWide(source, areaWidth, areaHeight, strips, plane, &tiles))
         return false;
 
     std::vector<float> weights(static_cast<std::size_t>(step));
@@ -228,19 +249,54 @@ bool FeatheredFill::blurDecimated(const std::uint8_t colour[4], int step)
         weights[std::size_t(t)] = float((t + 0.5) / step);
     std::vector<float> between(static_cast<std::size_t>(areaWidth));
     std::vector<std::uint8_t> levels(static_cast<std::size_t>(areaWidth)), row(static_cast<std::size_t>(m_width));
+    std::vector<BlurTiles::Run> runs;
+    int runsFor = -1;
     for (int y = m_height; y-- > 0;) {
         const Phase vertical = phases[std::size_t(y % step)];
-        const std::uint16_t* above = plane + std::size_t(firstSampleRow(y)) * planeStride;
+        const int upper = firstSampleRow(y);
+        const int upperTile = upper / BlurTiles::kSize, lowerTile = (upper + 1) / BlurTiles::kSize;
+        if (runsFor != upper) {
+            tiles.runsAcross(upperTile, lowerTile, areaWidth, runs);
+            runsFor = upper;
+        }
+        const std::uint16_t* above = plane + std::size_t(upper) * planeStride;
         const std::uint16_t* below = above + planeStride;
-        // In 8-bit steps, with half a step added so that truncation rounds.
+        // Samples first .. last-1 in 8-bit steps, with half a step added so that truncation
+        // rounds. Flat tiles were not blurred: their samples are their level.
         const float down = vertical.weight / 256, up = (1 - vertical.weight) / 256;
-        float* b = between.data();
-        std::uint8_t* l = levels.data();
-        for (int i = 0; i < areaWidth; ++i)
-            b[i] = float(above[i]) * up + float(below[i]) * down + 0.5f;
-        for (int i = 0; i < areaWidth; ++i)
-            l[i] = std::uint8_t(int(b[i]));
-        interpolateRow(between.data(), levels.data(), areaWidth, step, weights.data(), row.data(), m_width);
+        auto interpolateDown = [&](int first, int last) {
+            for (int from = first; from < last;) {
+                const int column = from / BlurTiles::kSize;
+                const int to = std::min(last, (column + 1) * BlurTiles::kSize);
+                const std::uint16_t a = tiles.level(column, upperTile), b = tiles.level(column, lowerTile);
+                std::uint16_t flatAbove[BlurTiles::kSize], flatBelow[BlurTiles::kSize];
+                std::fill(flatAbove, flatAbove + BlurTiles::kSize, std::uint16_t(a << 8));
+                std::fill(flatBelow, flatBelow + BlurTiles::kSize, std::uint16_t(b << 8));
+                const std::uint16_t* p = a == BlurTiles::kMixed ? above + from : flatAbove;
+                const std::uint16_t* q = b == BlurTiles::kMixed ? below + from : flatBelow;
+                float* out = between.data() + from;
+                std::uint8_t* level = levels.data() + from;
+                for (int i = 0; i < to - from; ++i)
+                    out[i] = float(p[i]) * up + float(q[i]) * down + 0.5f;
+                for (int i = 0; i < to - from; ++i)
+                    level[i] = std::uint8_t(int(out[i]));
+                from = to;
+            }
+        };
+        // A flat run's intervals lie between its own samples; a mixed run's reach one sample
+        // into its neighbours on either side.
+        auto pixel = [&](int m) { return std::clamp(m * step - step / 2, 0, m_width); };
+        for (const BlurTiles::Run& run : runs) {
+            if (run.level != BlurTiles::kMixed) {
+                const int from = pixel(run.from), to = pixel(run.to - 1);
+                std::memset(row.data() + from, run.level, std::size_t(std::max(0, to - from)));
+                continue;
+            }
+            const int first = std::max(0, run.from - 1), last = std::min(areaWidth, run.to + 1);
+            interpolateDown(first, last);
+            interpolateRow(
+                between.data(), levels.data(), first, std::min(run.to, areaWidth - 1), step, weights.data(), row.data(), m_width);
+        }
         pixelkernels::writeCoverage(
             row.data(), colour, m_pixels + std::size_t(y) * std::size_t(m_width) * 4, row.size());
     }

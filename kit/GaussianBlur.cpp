@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <limits>
 #include <numbers>
+#include <utility>
 #include <vector>
 
 namespace kit {
@@ -181,20 +182,48 @@ bool GaussianBlur::blurChannel(const BlurSource& source, int width, int height, 
     auto* planeMemory = lent ? workspace->plane : plane.as<std::uint8_t>();
 
     std::uint32_t mismatch[2] = { 0, 0 };
+    const BlurTiles* tiles = lent ? workspace->tiles : nullptr;
     blurkernels::blurHorizontally(
-        m_coefficients, source, paddedWidth, paddedHeight, stripMemory, steps.as<float>(), mismatch);
+        m_coefficients, source, paddedWidth, paddedHeight, stripMemory, steps.as<float>(), mismatch, tiles);
     if (facts) {
         facts->othersEqualChannel = mismatch[0] == 0;
         facts->othersZero = mismatch[1] == 0;
     }
     blurkernels::blurVertically(scaled(m_coefficients, 1.0f / 256), stripMemory, paddedWidth, paddedHeight,
-        std::size_t(height), steps.as<float>(), planeMemory, paddedWidth);
+        std::size_t(height), steps.as<float>(), planeMemory, paddedWidth, tiles);
     sink(0, height, planeMemory, std::ptrdiff_t(paddedWidth));
     return true;
 }
 
-bool GaussianBlur::blurChannelWide(
-    const BlurSource& source, int width, int height, std::uint16_t* strips, std::uint16_t* plane) const
+int GaussianBlur::reach() const
+{
+    if (isIdentity())
+        return 0;
+    // The causal and anticausal impulse responses of both sections, in absolute value: an input
+    // n pixels back moves the output by at most response[n] of its size.
+    const Coefficients& c = m_coefficients;
+    const std::size_t length = std::size_t(std::ceil(40 * m_sigma)) + 64;
+    std::vector<double> response(length, 0.0);
+    for (int k = 0; k < 2; ++k) {
+        double y1 = 0, y2 = 0, z1 = 0, z2 = 0;
+        for (std::size_t n = 0; n < length; ++n) {
+            const double y = (n == 0 ? c.n0[k] : n == 1 ? c.n1[k] : 0.0) - c.d1[k] * y1 - c.d2[k] * y2;
+            const double z = (n == 0 ? c.m1[k] : n == 1 ? c.m2[k] : 0.0) - c.d1[k] * z1 - c.d2[k] * z2;
+            y2 = std::exchange(y1, y);
+            z2 = std::exchange(z1, z);
+            response[n] += std::fabs(y) + std::fabs(z);
+        }
+    }
+    // Everything from `reach` pixels away on, at full scale, stays under a hundredth of a step.
+    double tail = 0;
+    std::size_t reach = length;
+    while (reach > 0 && (tail + response[reach - 1]) * 255 < 0.01)
+        tail += response[--reach];
+    return int(reach) + 1;
+}
+
+bool GaussianBlur::blurChannelWide(const BlurSource& source, int width, int height, std::uint16_t* strips,
+    std::uint16_t* plane, const BlurTiles* tiles) const
 {
     if (width <= 0 || height <= 0)
         return false;
@@ -206,9 +235,9 @@ bool GaussianBlur::blurChannelWide(
         return false;
     std::uint32_t mismatch[2] = { 0, 0 };
     blurkernels::blurHorizontally(
-        m_coefficients, source, paddedWidth, paddedHeight, strips, steps.as<float>(), mismatch);
-    blurkernels::blurVerticallyWide(
-        m_coefficients, strips, paddedWidth, paddedHeight, std::size_t(height), steps.as<float>(), plane, paddedWidth);
+        m_coefficients, source, paddedWidth, paddedHeight, strips, steps.as<float>(), mismatch, tiles);
+    blurkernels::blurVerticallyWide(m_coefficients, strips, paddedWidth, paddedHeight, std::size_t(height),
+        steps.as<float>(), plane, paddedWidth, tiles);
     return true;
 }
 

@@ -7,6 +7,8 @@
 
 namespace kit {
 
+class BlurTiles;
+
 /// One 8-bit channel of 32-bit pixels: `width` x `height` pixels, rows top first, `rowStride`
 /// bytes apart; the channel is bits `shift` .. `shift` + 7 of each little-endian pixel word.
 /// With `bytesPerPixel` 1 the source is a plane of single bytes instead (`shift` unused).
@@ -29,6 +31,9 @@ struct BlurSource {
 struct BlurWorkspace {
     std::uint16_t* strips = nullptr;
     std::uint8_t* plane = nullptr;
+    /// When given, only its mixed tiles are blurred and written; the plane's other pixels are
+    /// left as they were, for the caller to take as their tile's level.
+    const BlurTiles* tiles = nullptr;
 };
 
 /// What a blur learnt about the source's other three bytes while reading its channel.
@@ -66,8 +71,13 @@ public:
     /// As blurChannel into a workspace, but the result keeps 256 per 8-bit step: 16-bit values
     /// in `plane` (planeBytes x 2 bytes, rows planeStride apart), for callers that interpolate
     /// it further before rounding.
-    bool blurChannelWide(
-        const BlurSource& source, int width, int height, std::uint16_t* strips, std::uint16_t* plane) const;
+    bool blurChannelWide(const BlurSource& source, int width, int height, std::uint16_t* strips, std::uint16_t* plane,
+        const BlurTiles* tiles = nullptr) const;
+
+    /// How far from a change in the source the blur still tells it from none: beyond this many
+    /// pixels the recursion's response sums to under a hundredth of an 8-bit step, so a line can
+    /// start there from the steady state of a level. 0 for the identity.
+    int reach() const;
 
     /// The sizes of a workspace for a blurred area of `width` x `height` pixels, and the
     /// distance between the rows of its plane.

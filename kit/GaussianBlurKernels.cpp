@@ -10,6 +10,7 @@
 #include <hwy/cache_control.h>
 #include <hwy/highway.h>
 
+#include "kit/BlurTiles.h"
 #include "kit/FlushDenormals.h"
 #include "kit/GaussianBlurKernels.h"
 
@@ -95,7 +96,15 @@ constexpr std::size_t kVectors = 2;
 // One line's causal recursion (both sections).
 struct Causal {
     V xp, y0a, y0b, y1a, y1b;
-    HWY_INLINE Causal() : xp(hn::Zero(D())), y0a(xp), y0b(xp), y1a(xp), y1b(xp) {}
+    // As if every earlier input had been `level`.
+    HWY_INLINE Causal(const GaussianBlur::Coefficients& c, float level)
+        : xp(hn::Set(D(), level))
+        , y0a(hn::Set(D(), level * (c.n0[0] + c.n1[0]) / (1 + c.d1[0] + c.d2[0])))
+        , y0b(y0a)
+        , y1a(hn::Set(D(), level * (c.n0[1] + c.n1[1]) / (1 + c.d1[1] + c.d2[1])))
+        , y1b(y1a)
+    {
+    }
     HWY_INLINE V step(const Sections& s, V x)
     {
         // The parts that do not wait for the previous output go first: one fused step per
@@ -114,7 +123,16 @@ struct Causal {
 // One line's anticausal recursion; step() takes the input one step ahead of its output.
 struct Anticausal {
     V x1, x2, z0a, z0b, z1a, z1b;
-    HWY_INLINE Anticausal() : x1(hn::Zero(D())), x2(x1), z0a(x1), z0b(x1), z1a(x1), z1b(x1) {}
+    // As if every later input had been `level`.
+    HWY_INLINE Anticausal(const GaussianBlur::Coefficients& c, float level)
+        : x1(hn::Set(D(), level))
+        , x2(x1)
+        , z0a(hn::Set(D(), level * (c.m1[0] + c.m2[0]) / (1 + c.d1[0] + c.d2[0])))
+        , z0b(z0a)
+        , z1a(hn::Set(D(), level * (c.m1[1] + c.m2[1]) / (1 + c.d1[1] + c.d2[1])))
+        , z1b(z1a)
+    {
+    }
     HWY_INLINE V step(const Sections& s, V next)
     {
         x2 = x1;
@@ -129,17 +147,20 @@ struct Anticausal {
     }
 };
 
-// The causal half over steps 0 .. length-1: keeps each input and causal output in `scratch`
-// (four vectors a step) for the anticausal half. load(step, a, b) gives both lines' inputs.
-template <class Load> HWY_INLINE void causal(const Sections& s, std::size_t length, Load&& load, float* scratch)
+// The causal half over steps from .. to-1, the inputs before `from` all `before`: keeps each input
+// and causal output in `scratch` (four vectors a step) for the anticausal half. load(step, a, b)
+// gives both lines' inputs.
+template <class Load>
+HWY_INLINE void causal(const GaussianBlur::Coefficients& c, const Sections& s, std::size_t from, std::size_t to,
+    float before, Load&& load, float* scratch)
 {
     const D d;
     const std::size_t n = hn::Lanes(d);
-    Causal a, b;
-    for (std::size_t i = 0; i < length; ++i) {
+    Causal a(c, before), b(c, before);
+    for (std::size_t i = from; i < to; ++i) {
         V xa, xb;
         load(i, xa, xb);
-        float* out = scratch + 4 * i * n;
+        float* out = scratch + 4 * (i - from) * n;
         hn::Store(xa, d, out);
         hn::Store(xb, d, out + n);
         hn::Store(a.step(s, xa), d, out + 2 * n);
@@ -147,19 +168,21 @@ template <class Load> HWY_INLINE void causal(const Sections& s, std::size_t leng
     }
 }
 
-// The anticausal half, from the last step back to the first, adding the causal half. With
-// kTransposed, `emit(blockStart, v, block)` gets each lanes-long block of finished steps of
-// line v transposed (block[j] holds lane j's outputs); otherwise `emit(step, v, output)`.
+// The anticausal half, from step to-1 back to `from`, the inputs from `to` on all `after`, adding
+// the causal half. With kTransposed, `emit(blockStart, v, block)` gets each lanes-long block of
+// finished steps of line v transposed (block[j] holds lane j's outputs; `from` and `to` are
+// multiples of lanes); otherwise `emit(step, v, output)`.
 template <bool kTransposed, class Emit>
-HWY_INLINE void anticausal(const Sections& s, std::size_t length, const float* scratch, Emit&& emit)
+HWY_INLINE void anticausal(const GaussianBlur::Coefficients& c, const Sections& s, std::size_t from, std::size_t to,
+    float after, const float* scratch, Emit&& emit)
 {
     const D d;
     const std::size_t n = hn::Lanes(d);
-    Anticausal a, b;
+    Anticausal a(c, after), b(c, after);
     V blockA[kMaxLanes], blockB[kMaxLanes];
-    V nextA = hn::Zero(d), nextB = nextA;
-    for (std::size_t i = length; i-- > 0;) {
-        const float* in = scratch + 4 * i * n;
+    V nextA = hn::Set(d, after), nextB = nextA;
+    for (std::size_t i = to; i-- > from;) {
+        const float* in = scratch + 4 * (i - from) * n;
         const V outA = hn::Add(hn::Load(d, in + 2 * n), a.step(s, nextA));
         const V outB = hn::Add(hn::Load(d, in + 3 * n), b.step(s, nextB));
         nextA = hn::Load(d, in);
@@ -178,6 +201,22 @@ HWY_INLINE void anticausal(const Sections& s, std::size_t length, const float* s
             emit(i, 1, outB);
         }
     }
+}
+
+// Runs `pass(from, to, before, after)` over the whole line, or with `tiles` over each stretch of
+// mixed tiles along `line` only.
+template <class Pass>
+HWY_INLINE void overMixedRuns(const BlurTiles* tiles, bool acrossColumns, std::size_t line, std::size_t length,
+    float levelScale, Pass&& pass)
+{
+    if (!tiles) {
+        pass(std::size_t(0), length, 0.0f, 0.0f);
+        return;
+    }
+    tiles->forEachMixedRun(acrossColumns, int(line / BlurTiles::kSize), length,
+        [&](std::size_t from, std::size_t to, float before, float after) {
+            pass(from, to, before * levelScale, after * levelScale);
+        });
 }
 
 // Reads one channel of the source in lanes x lanes blocks and notes how the other bytes relate to it.
@@ -256,7 +295,7 @@ struct ChannelReader {
 };
 
 void BlurHorizontally(const GaussianBlur::Coefficients& c, const BlurSource& source, std::size_t paddedWidth,
-                      std::size_t paddedHeight, std::uint16_t* strips, float* scratch, std::uint32_t* mismatch)
+    std::size_t paddedHeight, std::uint16_t* strips, float* scratch, std::uint32_t* mismatch, const BlurTiles* tiles)
 {
     const D d;
     const hn::RebindToUnsigned<D> du;
@@ -278,13 +317,15 @@ void BlurHorizontally(const GaussianBlur::Coefficients& c, const BlurSource& sou
             a = columns[0][column % n];
             b = columns[1][column % n];
         };
-        causal(s, paddedWidth, load, scratch);
-        anticausal<true>(s, paddedWidth, scratch, [&](std::size_t column0, std::size_t v, V* block) {
-            std::uint16_t* strip = strips + column0 / band * (paddedHeight * band) + column0 % band;
-            for (std::size_t j = 0; j < n; ++j) {
-                const auto fixed = hn::NearestInt(hn::Mul(block[j], scale));
-                hn::StoreU(hn::DemoteTo(d16, fixed), d16, strip + (y0 + v * n + j) * band);
-            }
+        overMixedRuns(tiles, true, y0, paddedWidth, 1.0f, [&](std::size_t from, std::size_t to, float before, float after) {
+            causal(c, s, from, to, before, load, scratch);
+            anticausal<true>(c, s, from, to, after, scratch, [&](std::size_t column0, std::size_t v, V* block) {
+                std::uint16_t* strip = strips + column0 / band * (paddedHeight * band) + column0 % band;
+                for (std::size_t j = 0; j < n; ++j) {
+                    const auto fixed = hn::NearestInt(hn::Mul(block[j], scale));
+                    hn::StoreU(hn::DemoteTo(d16, fixed), d16, strip + (y0 + v * n + j) * band);
+                }
+            });
         });
     }
     HWY_ALIGN std::uint32_t lanesOut[kMaxLanes];
@@ -299,7 +340,7 @@ void BlurHorizontally(const GaussianBlur::Coefficients& c, const BlurSource& sou
 // The vertical pass, storing each finished row's values through store(row, column, vector).
 template <class Store>
 HWY_INLINE void verticalPass(const GaussianBlur::Coefficients& c, const std::uint16_t* strips, std::size_t paddedWidth,
-    std::size_t paddedHeight, std::size_t height, float* scratch, Store&& store)
+    std::size_t paddedHeight, std::size_t height, float* scratch, const BlurTiles* tiles, Store&& store)
 {
     const D d;
     const hn::RebindToUnsigned<D> du;
@@ -316,35 +357,56 @@ HWY_INLINE void verticalPass(const GaussianBlur::Coefficients& c, const std::uin
             a = hn::ConvertTo(d, hn::BitCast(di, hn::PromoteTo(du, hn::LoadU(d16, line))));
             b = hn::ConvertTo(d, hn::BitCast(di, hn::PromoteTo(du, hn::LoadU(d16, line + n))));
         };
-        causal(s, paddedHeight, load, scratch);
-        anticausal<false>(s, paddedHeight, scratch, [&](std::size_t row, std::size_t v, V out) {
-            if (row < height)
-                store(row, x0 + v * n, out);
+        // The strips hold 256 per 8-bit step.
+        overMixedRuns(tiles, false, x0, paddedHeight, 256.0f, [&](std::size_t from, std::size_t to, float before, float after) {
+            causal(c, s, from, to, before, load, scratch);
+            anticausal<false>(c, s, from, to, after, scratch, [&](std::size_t row, std::size_t v, V out) {
+                if (row < height)
+                    store(row, x0 + v * n, out);
+            });
         });
     }
 }
 
 void BlurVertically(const GaussianBlur::Coefficients& c, const std::uint16_t* strips, std::size_t paddedWidth,
-    std::size_t paddedHeight, std::size_t height, float* scratch, std::uint8_t* plane, std::size_t planeStride)
+    std::size_t paddedHeight, std::size_t height, float* scratch, std::uint8_t* plane, std::size_t planeStride,
+    const BlurTiles* tiles)
 {
     const hn::Rebind<std::uint8_t, D> d8;
     verticalPass(
-        c, strips, paddedWidth, paddedHeight, height, scratch, [&](std::size_t row, std::size_t column, V out) {
+        c, strips, paddedWidth, paddedHeight, height, scratch, tiles, [&](std::size_t row, std::size_t column, V out) {
             hn::StoreU(hn::DemoteTo(d8, hn::NearestInt(out)), d8, plane + row * planeStride + column);
         });
 }
 
 void BlurVerticallyWide(const GaussianBlur::Coefficients& c, const std::uint16_t* strips, std::size_t paddedWidth,
-    std::size_t paddedHeight, std::size_t height, float* scratch, std::uint16_t* plane, std::size_t planeStride)
+    std::size_t paddedHeight, std::size_t height, float* scratch, std::uint16_t* plane, std::size_t planeStride,
+    const BlurTiles* tiles)
 {
     const hn::Rebind<std::uint16_t, D> d16;
     verticalPass(
-        c, strips, paddedWidth, paddedHeight, height, scratch, [&](std::size_t row, std::size_t column, V out) {
+        c, strips, paddedWidth, paddedHeight, height, scratch, tiles, [&](std::size_t row, std::size_t column, V out) {
             hn::StoreU(hn::DemoteTo(d16, hn::NearestInt(out)), d16, plane + row * planeStride + column);
         });
 }
 
 std::size_t Lanes() { return hn::Lanes(D()) * kVectors; }
+
+void LowerAndRaise(const std::uint8_t* line, std::uint8_t* low, std::uint8_t* high, std::size_t count)
+{
+    const hn::ScalableTag<std::uint8_t> d8;
+    const std::size_t n = hn::Lanes(d8);
+    std::size_t i = 0;
+    for (; i + n <= count; i += n) {
+        const auto v = hn::LoadU(d8, line + i);
+        hn::StoreU(hn::Min(v, hn::LoadU(d8, low + i)), d8, low + i);
+        hn::StoreU(hn::Max(v, hn::LoadU(d8, high + i)), d8, high + i);
+    }
+    for (; i < count; ++i) {
+        low[i] = std::min(low[i], line[i]);
+        high[i] = std::max(high[i], line[i]);
+    }
+}
 
 } // namespace HWY_NAMESPACE
 } // namespace kit::blurkernels
@@ -357,26 +419,35 @@ HWY_EXPORT(BlurHorizontally);
 HWY_EXPORT(BlurVertically);
 HWY_EXPORT(BlurVerticallyWide);
 HWY_EXPORT(Lanes);
+HWY_EXPORT(LowerAndRaise);
+
+void lowerAndRaise(const std::uint8_t* line, std::uint8_t* low, std::uint8_t* high, std::size_t count)
+{
+    HWY_DYNAMIC_DISPATCH(LowerAndRaise)(line, low, high, count);
+}
 
 std::size_t lanes() { return HWY_DYNAMIC_DISPATCH(Lanes)(); }
 
 void blurVerticallyWide(const GaussianBlur::Coefficients& c, const std::uint16_t* strips, std::size_t paddedWidth,
-    std::size_t paddedHeight, std::size_t height, float* scratch, std::uint16_t* plane, std::size_t planeStride)
+    std::size_t paddedHeight, std::size_t height, float* scratch, std::uint16_t* plane, std::size_t planeStride,
+    const BlurTiles* tiles)
 {
-    HWY_DYNAMIC_DISPATCH(BlurVerticallyWide)(c, strips, paddedWidth, paddedHeight, height, scratch, plane, planeStride);
+    HWY_DYNAMIC_DISPATCH(BlurVerticallyWide)
+    (c, strips, paddedWidth, paddedHeight, height, scratch, plane, planeStride, tiles);
 }
 
 void blurHorizontally(const GaussianBlur::Coefficients& c, const BlurSource& source, std::size_t paddedWidth,
-                      std::size_t paddedHeight, std::uint16_t* strips, float* scratch, std::uint32_t mismatch[2])
+    std::size_t paddedHeight, std::uint16_t* strips, float* scratch, std::uint32_t mismatch[2], const BlurTiles* tiles)
 {
-    HWY_DYNAMIC_DISPATCH(BlurHorizontally)(c, source, paddedWidth, paddedHeight, strips, scratch, mismatch);
+    HWY_DYNAMIC_DISPATCH(BlurHorizontally)(c, source, paddedWidth, paddedHeight, strips, scratch, mismatch, tiles);
 }
 
 void blurVertically(const GaussianBlur::Coefficients& c, const std::uint16_t* strips, std::size_t paddedWidth,
-                    std::size_t paddedHeight, std::size_t height, float* scratch, std::uint8_t* plane,
-                    std::size_t planeStride)
+    std::size_t paddedHeight, std::size_t height, float* scratch, std::uint8_t* plane, std::size_t planeStride,
+    const BlurTiles* tiles)
 {
-    HWY_DYNAMIC_DISPATCH(BlurVertically)(c, strips, paddedWidth, paddedHeight, height, scratch, plane, planeStride);
+    HWY_DYNAMIC_DISPATCH(BlurVertically)
+    (c, strips, paddedWidth, paddedHeight, height, scratch, plane, planeStride, tiles);
 }
 
 } // namespace kit::blurkernels

@@ -17,19 +17,26 @@ std::size_t lanes();
 /// after strip, each strip `paddedHeight` rows of lanes() values. `scratch` holds
 /// 2 x max(paddedWidth, paddedHeight) x lanes() floats. `mismatch[0]` gathers the bits in which
 /// a pixel differs from its channel repeated four times, `mismatch[1]` those in which it differs
-/// from the channel alone.
+/// from the channel alone. With `tiles` (for a plane source) only the mixed tiles are blurred and
+/// written.
 void blurHorizontally(const GaussianBlur::Coefficients& c, const BlurSource& source, std::size_t paddedWidth,
-                      std::size_t paddedHeight, std::uint16_t* strips, float* scratch, std::uint32_t mismatch[2]);
+    std::size_t paddedHeight, std::uint16_t* strips, float* scratch, std::uint32_t mismatch[2],
+    const BlurTiles* tiles = nullptr);
 
 /// The vertical pass over blurHorizontally's strips: writes rows 0 .. height-1 as 8-bit values,
 /// `planeStride` (at least paddedWidth) bytes apart, into `plane`. `c` must already include the
-/// 1/256 of the 16-bit values.
+/// 1/256 of the 16-bit values. With `tiles`, only the rows of mixed tiles that the horizontal
+/// pass wrote are read and only those pixels written.
 void blurVertically(const GaussianBlur::Coefficients& c, const std::uint16_t* strips, std::size_t paddedWidth,
-                    std::size_t paddedHeight, std::size_t height, float* scratch, std::uint8_t* plane,
-                    std::size_t planeStride);
+    std::size_t paddedHeight, std::size_t height, float* scratch, std::uint8_t* plane, std::size_t planeStride,
+    const BlurTiles* tiles = nullptr);
 
 /// The same pass keeping 256 per 8-bit step: `c` without the 1/256, 16-bit values saturated.
 void blurVerticallyWide(const GaussianBlur::Coefficients& c, const std::uint16_t* strips, std::size_t paddedWidth,
-    std::size_t paddedHeight, std::size_t height, float* scratch, std::uint16_t* plane, std::size_t planeStride);
+    std::size_t paddedHeight, std::size_t height, float* scratch, std::uint16_t* plane, std::size_t planeStride,
+    const BlurTiles* tiles = nullptr);
+
+/// Lowers each of `low` to, and raises each of `high` to, `line`'s byte at the same place.
+void lowerAndRaise(const std::uint8_t* line, std::uint8_t* low, std::uint8_t* high, std::size_t count);
 
 } // namespace kit::blurkernels
