@@ -3,6 +3,7 @@
 
 #include "kit/BlurTiles.h"
 #include "kit/GaussianBlur.h"
+#include "kit/GaussianBlurKernels.h"
 #include "kit/PixelKernels.h"
 #include "kit/ScratchBlock.h"
 
@@ -95,43 +96,6 @@ void decimate(
         const unsigned half = (1u << (2 * shift)) / 2;
         for (int i = 0; i < outWidth; ++i)
             target[i] = std::uint8_t((unsigned(s[i]) + half) >> (2 * shift));
-    }
-}
-
-// Pixels of one output row interpolated across from `between` (samples already interpolated
-// down, in 8-bit steps plus a half) and `levels` (their bytes), for sample intervals mFrom ..
-// mTo-1: interval m, from sample m to m + 1, covers pixels m step - step / 2 .. m step + step / 2 - 1
-// at weights (t + 0.5) / step. An interval between samples of the same byte is that byte
-// throughout, and runs of them are filled.
-void interpolateRow(const float* between, const std::uint8_t* levels, int mFrom, int mTo, int step,
-    const float* weights, std::uint8_t* row, int width)
-{
-    const int half = step / 2;
-    auto start = [&](int m) { return std::clamp(m * step - half, 0, width); };
-    for (int m = mFrom; m < mTo;) {
-        const std::uint8_t level = levels[m];
-        int end = m + 1;
-        // Eight samples a compare through the long runs.
-        const std::uint64_t eight = level * 0x0101010101010101ull;
-        for (std::uint64_t word = 0; end + 8 <= mTo + 1; end += 8) {
-            std::memcpy(&word, levels + end, 8);
-            if (word != eight)
-                break;
-        }
-        while (end <= mTo && levels[end] == level)
-            ++end;
-        if (end > m + 1) {
-            // Intervals m .. end - 2 have ends of the same byte.
-            std::memset(row + start(m), level, std::size_t(start(end - 1) - start(m)));
-            m = end - 1;
-            continue;
-        }
-        const float a = between[m], slope = between[m + 1] - a;
-        const int from = start(m), to = start(m + 1);
-        const float* w = weights + (from - (m * step - half));
-        for (int x = from; x < to; ++x)
-            row[x] = std::uint8_t(a + slope * w[x - from]);
-        ++m;
     }
 }
 
@@ -244,11 +208,12 @@ bool FeatheredFill::blurDecimated(const std::uint8_t colour[4], int step)
     if (!blur.blurChannelWide(source, areaWidth, areaHeight, strips, plane, &tiles))
         return false;
 
-    std::vector<float> weights(static_cast<std::size_t>(step));
-    for (int t = 0; t < step; ++t)
-        weights[std::size_t(t)] = float((t + 0.5) / step);
-    std::vector<float> between(static_cast<std::size_t>(areaWidth));
-    std::vector<std::uint8_t> levels(static_cast<std::size_t>(areaWidth)), row(static_cast<std::size_t>(m_width));
+    // The interpolation reads and writes a vector's length past its end; the row starts half a
+    // step after the first interval's first pixel.
+    constexpr std::size_t kOverrun = 16;
+    std::vector<float> between(std::size_t(areaWidth) + kOverrun);
+    std::vector<std::uint8_t> across(std::size_t(areaWidth) * std::size_t(step) + kOverrun);
+    std::uint8_t* row = across.data() + step / 2;
     std::vector<BlurTiles::Run> runs;
     int runsFor = -1;
     for (int y = m_height; y-- > 0;) {
@@ -275,11 +240,8 @@ bool FeatheredFill::blurDecimated(const std::uint8_t colour[4], int step)
                 const std::uint16_t* p = a == BlurTiles::kMixed ? above + from : flatAbove;
                 const std::uint16_t* q = b == BlurTiles::kMixed ? below + from : flatBelow;
                 float* out = between.data() + from;
-                std::uint8_t* level = levels.data() + from;
                 for (int i = 0; i < to - from; ++i)
                     out[i] = float(p[i]) * up + float(q[i]) * down + 0.5f;
-                for (int i = 0; i < to - from; ++i)
-                    level[i] = std::uint8_t(int(out[i]));
                 from = to;
             }
         };
@@ -289,16 +251,16 @@ bool FeatheredFill::blurDecimated(const std::uint8_t colour[4], int step)
         for (const BlurTiles::Run& run : runs) {
             if (run.level != BlurTiles::kMixed) {
                 const int from = pixel(run.from), to = pixel(run.to - 1);
-                std::memset(row.data() + from, run.level, std::size_t(std::max(0, to - from)));
+                std::memset(row + from, run.level, std::size_t(std::max(0, to - from)));
                 continue;
             }
             const int first = std::max(0, run.from - 1), last = std::min(areaWidth, run.to + 1);
             interpolateDown(first, last);
-            interpolateRow(
-                between.data(), levels.data(), first, std::min(run.to, areaWidth - 1), step, weights.data(), row.data(), m_width);
+            blurkernels::interpolateAcross(between.data(), std::size_t(first),
+                std::size_t(std::min(run.to, areaWidth - 1)), std::size_t(step), across.data());
         }
         pixelkernels::writeCoverage(
-            row.data(), colour, m_pixels + std::size_t(y) * std::size_t(m_width) * 4, row.size());
+            row, colour, m_pixels + std::size_t(y) * std::size_t(m_width) * 4, std::size_t(m_width));
     }
     return true;
 }

@@ -214,12 +214,12 @@ int GaussianBlur::reach() const
             response[n] += std::fabs(y) + std::fabs(z);
         }
     }
-    // Everything from `reach` pixels away on, at full scale, stays under a hundredth of a step.
+    // Everything from `reach` pixels away on, at full scale, stays under a twentieth of a step.
     double tail = 0;
     std::size_t reach = length;
-    while (reach > 0 && (tail + response[reach - 1]) * 255 < 0.01)
+    while (reach > 0 && (tail + response[reach - 1]) * 255 < 0.05)
         tail += response[--reach];
-    return int(reach) + 1;
+    return int(reach);
 }
 
 bool GaussianBlur::blurChannelWide(const BlurSource& source, int width, int height, std::uint16_t* strips,

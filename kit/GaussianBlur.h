@@ -75,7 +75,7 @@ public:
         const BlurTiles* tiles = nullptr) const;
 
     /// How far from a change in the source the blur still tells it from none: beyond this many
-    /// pixels the recursion's response sums to under a hundredth of an 8-bit step, so a line can
+    /// pixels the recursion's response sums to under a twentieth of an 8-bit step, so a line can
     /// start there from the steady state of a level. 0 for the identity.
     int reach() const;
 

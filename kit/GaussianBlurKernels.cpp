@@ -317,7 +317,7 @@ void BlurHorizontally(const GaussianBlur::Coefficients& c, const BlurSource& sou
             a = columns[0][column % n];
             b = columns[1][column % n];
         };
-        overMixedRuns(tiles, true, y0, paddedWidth, 1.0f, [&](std::size_t from, std::size_t to, float before, float after) {
+        const auto run = [&](std::size_t from, std::size_t to, float before, float after) {
             causal(c, s, from, to, before, load, scratch);
             anticausal<true>(c, s, from, to, after, scratch, [&](std::size_t column0, std::size_t v, V* block) {
                 std::uint16_t* strip = strips + column0 / band * (paddedHeight * band) + column0 % band;
@@ -326,7 +326,8 @@ void BlurHorizontally(const GaussianBlur::Coefficients& c, const BlurSource& sou
                     hn::StoreU(hn::DemoteTo(d16, fixed), d16, strip + (y0 + v * n + j) * band);
                 }
             });
-        });
+        };
+        overMixedRuns(tiles, true, y0, paddedWidth, 1.0f, run);
     }
     HWY_ALIGN std::uint32_t lanesOut[kMaxLanes];
     hn::Store(reader.notEqual, du, lanesOut);
@@ -357,14 +358,15 @@ HWY_INLINE void verticalPass(const GaussianBlur::Coefficients& c, const std::uin
             a = hn::ConvertTo(d, hn::BitCast(di, hn::PromoteTo(du, hn::LoadU(d16, line))));
             b = hn::ConvertTo(d, hn::BitCast(di, hn::PromoteTo(du, hn::LoadU(d16, line + n))));
         };
-        // The strips hold 256 per 8-bit step.
-        overMixedRuns(tiles, false, x0, paddedHeight, 256.0f, [&](std::size_t from, std::size_t to, float before, float after) {
+        const auto run = [&](std::size_t from, std::size_t to, float before, float after) {
             causal(c, s, from, to, before, load, scratch);
             anticausal<false>(c, s, from, to, after, scratch, [&](std::size_t row, std::size_t v, V out) {
                 if (row < height)
                     store(row, x0 + v * n, out);
             });
-        });
+        };
+        // The strips hold 256 per 8-bit step.
+        overMixedRuns(tiles, false, x0, paddedHeight, 256.0f, run);
     }
 }
 
@@ -391,6 +393,40 @@ void BlurVerticallyWide(const GaussianBlur::Coefficients& c, const std::uint16_t
 }
 
 std::size_t Lanes() { return hn::Lanes(D()) * kVectors; }
+
+void InterpolateAcross(const float* samples, std::size_t from, std::size_t to, std::size_t step, std::uint8_t* out)
+{
+    const D d;
+    const hn::RebindToSigned<D> di;
+    const hn::Rebind<std::uint8_t, D> d8;
+    const std::size_t n = hn::Lanes(d);
+    HWY_ALIGN float weights[kMaxLanes];
+    HWY_ALIGN std::int32_t firsts[kMaxLanes], seconds[kMaxLanes];
+    const float scale = 1.0f / float(step);
+    for (std::size_t j = 0; j < n; ++j) {
+        weights[j] = (float(j % step) + 0.5f) * scale;
+        firsts[j] = std::int32_t(j / step);
+        seconds[j] = std::int32_t(std::min(j / step + 1, n - 1));
+    }
+    const V weight = hn::Load(d, weights);
+    for (std::size_t v = from * step; v < to * step; v += n) {
+        V a, b, w = weight;
+        const std::size_t m = v / step;
+        if (step >= n || n < 2) {
+            // A vector within one interval: its weights go on from where the last left off.
+            a = hn::Set(d, samples[m]);
+            b = hn::Set(d, samples[m + 1]);
+            w = hn::Add(weight, hn::Set(d, float(v % step) * scale));
+        } else {
+            // n / step intervals a vector: each lane picks its interval's two ends.
+            const V ends = hn::LoadU(d, samples + m);
+            a = hn::TableLookupLanes(ends, hn::SetTableIndices(d, firsts));
+            b = hn::TableLookupLanes(ends, hn::SetTableIndices(d, seconds));
+        }
+        const V value = hn::MulAdd(hn::Sub(b, a), w, a);
+        hn::StoreU(hn::DemoteTo(d8, hn::ConvertTo(di, value)), d8, out + v);
+    }
+}
 
 void LowerAndRaise(const std::uint8_t* line, std::uint8_t* low, std::uint8_t* high, std::size_t count)
 {
@@ -420,6 +456,12 @@ HWY_EXPORT(BlurVertically);
 HWY_EXPORT(BlurVerticallyWide);
 HWY_EXPORT(Lanes);
 HWY_EXPORT(LowerAndRaise);
+HWY_EXPORT(InterpolateAcross);
+
+void interpolateAcross(const float* samples, std::size_t from, std::size_t to, std::size_t step, std::uint8_t* out)
+{
+    HWY_DYNAMIC_DISPATCH(InterpolateAcross)(samples, from, to, step, out);
+}
 
 void lowerAndRaise(const std::uint8_t* line, std::uint8_t* low, std::uint8_t* high, std::size_t count)
 {

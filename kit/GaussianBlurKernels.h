@@ -36,6 +36,12 @@ void blurVerticallyWide(const GaussianBlur::Coefficients& c, const std::uint16_t
     std::size_t paddedHeight, std::size_t height, float* scratch, std::uint16_t* plane, std::size_t planeStride,
     const BlurTiles* tiles = nullptr);
 
+/// Linear interpolation by `step` (a power of two up to 16) between `samples` (values plus a half,
+/// 0.5 to 255.5): interval m, from sample m to m + 1, gives out[m step + t] at weight
+/// (t + 0.5) / step, truncated, for intervals from .. to-1. Writes up to 16 bytes past the last
+/// and reads up to 16 floats past sample `to`: both must be there.
+void interpolateAcross(const float* samples, std::size_t from, std::size_t to, std::size_t step, std::uint8_t* out);
+
 /// Lowers each of `low` to, and raises each of `high` to, `line`'s byte at the same place.
 void lowerAndRaise(const std::uint8_t* line, std::uint8_t* low, std::uint8_t* high, std::size_t count);
 
