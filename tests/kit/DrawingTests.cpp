@@ -595,7 +595,9 @@ TEST(BitmapContext, AFeatheredFillIsTheExactBlurOfTheSharpFillWithinAStep)
 {
     struct Shape {
         const char* name;
-        int width, height;
+        int width, height; // the canvas, with the margins added unless `fixed`
+        bool fixed;
+        double largestSigma;
         std::function<void(kit::BitmapContext&, float)> add; // with the margin to leave
     };
     auto star = [](kit::BitmapContext& c, float cx, float cy, float outer, float inner) {
@@ -608,21 +610,28 @@ TEST(BitmapContext, AFeatheredFillIsTheExactBlurOfTheSharpFillWithinAStep)
         c.closePath();
     };
     // Sigmas from the identity through the full-size blur to every decimation step; the small
-    // bitmaps are too small to hold the blur's working memory in their own pixels.
+    // bitmaps are too small to hold the blur's working memory in their own pixels. The large
+    // ellipse leaves tiles that the blur skips inside and outside it, down to the decimated
+    // samples at sigma 10, so that the recursion restarts at their edges.
     const std::vector<double> sigmas = { 0.1, 2.5, 5, 10, 20, 40, 100 };
     const std::vector<Shape> shapes = {
-        { "ellipse", 0, 0,
+        { "ellipse", 161, 161, false, 100,
             [](kit::BitmapContext& c, float m) { c.addEllipseInRect(kit::Rect(m, m + 0.5f, 150.5f, 111.25f)); } },
-        { "star", 0, 0, [&](kit::BitmapContext& c, float m) { star(c, m + 80.25f, m + 80.5f, 80, 30); } },
-        { "small ellipse", 9, 7,
+        { "large ellipse", 421, 401, false, 10,
+            [](kit::BitmapContext& c, float m) { c.addEllipseInRect(kit::Rect(m + 0.25f, m, 420, 400.5f)); } },
+        { "star", 161, 161, false, 100,
+            [&](kit::BitmapContext& c, float m) { star(c, m + 80.25f, m + 80.5f, 80, 30); } },
+        { "small ellipse", 9, 7, true, 100,
             [](kit::BitmapContext& c, float) { c.addEllipseInRect(kit::Rect(1.5f, 1.25f, 6, 4.5f)); } },
     };
     for (const Shape& shape : shapes)
         for (double sigma : sigmas) {
+            if (sigma > shape.largestSigma)
+                continue;
             // The rasteriser's margins: the shape starts 1 + sigma in and ends 2 + sigma before the end.
             const int margin = int(sigma) + 3;
-            const int w = shape.width ? shape.width : 161 + 2 * margin,
-                      h = shape.height ? shape.height : 161 + 2 * margin;
+            const int w = shape.width + (shape.fixed ? 0 : 2 * margin),
+                      h = shape.height + (shape.fixed ? 0 : 2 * margin);
             Canvas sharp(w, h), soft(w, h);
             for (Canvas* canvas : { &sharp, &soft }) {
                 canvas->context->setRGBFillColor(1, 1, 1, 1);
