@@ -396,21 +396,24 @@ std::size_t Lanes() { return hn::Lanes(D()) * kVectors; }
 
 void InterpolateAcross(const float* samples, std::size_t from, std::size_t to, std::size_t step, std::uint8_t* out)
 {
-    const D d;
-    const hn::RebindToSigned<D> di;
-    const hn::Rebind<std::uint8_t, D> d8;
+    // Up to sixteen lanes: every lane is independent here, and a full vector holds a step's pixels.
+    using DW = hn::CappedTag<float, 16>;
+    const DW d;
+    const hn::RebindToSigned<DW> di;
+    const hn::Rebind<std::uint8_t, DW> d8;
     const std::size_t n = hn::Lanes(d);
-    HWY_ALIGN float weights[kMaxLanes];
-    HWY_ALIGN std::int32_t firsts[kMaxLanes], seconds[kMaxLanes];
+    constexpr std::size_t kWideLanes = hn::MaxLanes(DW());
+    HWY_ALIGN float weights[kWideLanes];
+    HWY_ALIGN std::int32_t firsts[kWideLanes], seconds[kWideLanes];
     const float scale = 1.0f / float(step);
     for (std::size_t j = 0; j < n; ++j) {
         weights[j] = (float(j % step) + 0.5f) * scale;
         firsts[j] = std::int32_t(j / step);
         seconds[j] = std::int32_t(std::min(j / step + 1, n - 1));
     }
-    const V weight = hn::Load(d, weights);
+    const auto weight = hn::Load(d, weights);
     for (std::size_t v = from * step; v < to * step; v += n) {
-        V a, b, w = weight;
+        hn::Vec<DW> a, b, w = weight;
         const std::size_t m = v / step;
         if (step >= n || n < 2) {
             // A vector within one interval: its weights go on from where the last left off.
@@ -419,11 +422,11 @@ void InterpolateAcross(const float* samples, std::size_t from, std::size_t to, s
             w = hn::Add(weight, hn::Set(d, float(v % step) * scale));
         } else {
             // n / step intervals a vector: each lane picks its interval's two ends.
-            const V ends = hn::LoadU(d, samples + m);
+            const auto ends = hn::LoadU(d, samples + m);
             a = hn::TableLookupLanes(ends, hn::SetTableIndices(d, firsts));
             b = hn::TableLookupLanes(ends, hn::SetTableIndices(d, seconds));
         }
-        const V value = hn::MulAdd(hn::Sub(b, a), w, a);
+        const auto value = hn::MulAdd(hn::Sub(b, a), w, a);
         hn::StoreU(hn::DemoteTo(d8, hn::ConvertTo(di, value)), d8, out + v);
     }
 }
