@@ -12,7 +12,8 @@ namespace kit {
 /// working memory live inside the pixels' own block, so a feathered shape costs its buffer and a
 /// few rows more. Large sigmas blur a copy decimated by up to 16 and interpolate it back
 /// bilinearly, the blur narrowed so that the whole adds up to sigma; within a fraction of an
-/// 8-bit step of the exact Gaussian.
+/// 8-bit step of the exact Gaussian. Only tiles within the blur's reach of the shape's edge are
+/// blurred (BlurTiles); the inside and the outside are filled.
 class FeatheredFill {
 public:
     FeatheredFill(std::uint8_t* pixels, int width, int height, double sigma);
