@@ -78,33 +78,56 @@ HWY_INLINE hn::Vec<DF> fourthRoot(hn::Vec<DF> x)
     return hn::Mul(root, reciprocalSqrt(root));
 }
 
-// Bytes from premultiplied floats, rounded as linearlight::encodeRow rounds them. The curve is
-// computed, not read: above its linear toe, 1.055 u^(1/2.4) - 0.055 is t^(5/3) for the fourth
-// root t of u, which a degree-5 polynomial in t follows to within 1e-5 (0.0025 of a step).
-// Reading a table, by gathers or lane by lane, cost several times more.
+// Added to a float from 0 to 2^22, 2^23 leaves it rounded to the nearest integer in the low
+// bits of the sum's mantissa: a rounding conversion in one addition, where converting to integers
+// costs a handful of instructions more to catch overflow.
+constexpr float kRounding = 8388608.0f;
+
+// Alpha above this counts as 1: dividing by it would move no colour by 0.01 of a step.
+constexpr float kOpaque = 0.99998f;
+
+// The sRGB curve on 0 .. 1, computed, not read: above its linear toe, 1.055 u^(1/2.4) - 0.055 is
+// t^(5/3) for the fourth root t of u, which a degree-5 polynomial in t follows to within 1e-5
+// (0.0025 of a step). Reading a table, by gathers or lane by lane, cost several times more.
+HWY_INLINE hn::Vec<DF> curve(hn::Vec<DF> u)
+{
+    const DF df;
+    const auto z = hn::MulAdd(fourthRoot(u), hn::Set(df, 2.6196699f), hn::Set(df, -1.6196699f));
+    auto c = hn::Set(df, -0.00050867820f);
+    for (float k : { 0.0016719262f, -0.0068371533f, 0.10015047f, 0.48712370f, 0.41839564f })
+        c = hn::MulAdd(c, z, hn::Set(df, k));
+    return hn::IfThenElse(hn::Le(u, hn::Set(df, 0.0031308f)), hn::Mul(u, hn::Set(df, 12.92f)), c);
+}
+
+// Stores the bytes k of floats that hold kRounding + k.
+HWY_INLINE void storeRounded(hn::Vec<DF> v, std::uint8_t* out)
+{
+    const hn::Rebind<std::uint8_t, DU> d8;
+    hn::StoreU(hn::TruncateTo(d8, hn::BitCast(DU(), v)), d8, out);
+}
+
+// Bytes from premultiplied floats, rounded to nearest as linearlight::encodeRow rounds them (a
+// tie may go the other way). A vector of opaque pixels, what photographs are made of, needs no
+// division by alpha.
 HWY_INLINE void encoded(hn::Vec<DF> p, std::uint8_t* out)
 {
     const DF df;
-    const DI di;
-    const auto zero = hn::Zero(df), half = hn::Set(df, 0.5f), one = hn::Set(df, 1.0f);
+    const auto zero = hn::Zero(df), one = hn::Set(df, 1.0f), rounding = hn::Set(df, kRounding);
+    const auto alpha = hn::RebindMask(df, alphaLanes());
     const auto a = hn::Max(hn::Min(hn::Broadcast<3>(p), one), zero);
-    const auto a8 = hn::ConvertTo(df, hn::ConvertTo(di, hn::Add(hn::Mul(a, hn::Set(df, 255.0f)), half)));
-    const auto transparent = hn::Eq(a8, zero);
-    // Colour over alpha; a transparent pixel's (0 / 0) only has to stay finite. Division and
-    // square roots of whole vectors are slow: estimates within 2^-14 take their place (refined
-    // where the target's are coarser), which moves the encoded value by at most 0.03 of a step.
-    const auto u = hn::Min(
-        hn::Mul(hn::Max(zero, hn::Min(p, a)), reciprocal(hn::IfThenElse(transparent, one, a))), one);
-    const auto z = hn::MulAdd(fourthRoot(u), hn::Set(df, 2.6196699f), hn::Set(df, -1.6196699f));
-    auto curve = hn::Set(df, -0.00050867820f);
-    for (float c : { 0.0016719262f, -0.0068371533f, 0.10015047f, 0.48712370f, 0.41839564f })
-        curve = hn::MulAdd(curve, z, hn::Set(df, c));
-    curve = hn::IfThenElse(hn::Le(u, hn::Set(df, 0.0031308f)), hn::Mul(u, hn::Set(df, 12.92f)), curve);
-    auto q = hn::ConvertTo(di, hn::MulAdd(a8, curve, half));
-    q = hn::IfThenElse(alphaLanes(), hn::ConvertTo(di, a8), q);
-    q = hn::IfThenZeroElse(hn::RebindMask(di, transparent), q);
-    const hn::Rebind<std::uint8_t, DI> d8;
-    hn::StoreU(hn::DemoteTo(d8, q), d8, out);
+    if (hn::AllTrue(df, hn::Gt(a, hn::Set(df, kOpaque)))) {
+        const auto q = hn::MulAdd(curve(hn::Max(zero, hn::Min(p, one))), hn::Set(df, 255.0f), rounding);
+        storeRounded(hn::IfThenElse(alpha, hn::Set(df, kRounding + 255), q), out);
+        return;
+    }
+    const auto alpha8 = hn::MulAdd(a, hn::Set(df, 255.0f), rounding);
+    const auto a8 = hn::Sub(alpha8, rounding);
+    // Colour over alpha; a transparent pixel's colour comes out 0 whatever the quotient. Division
+    // of whole vectors is slow: an estimate within 2^-14 takes its place (refined where the
+    // target's are coarser), which moves the encoded value by at most 0.03 of a step.
+    const auto u
+        = hn::Min(hn::Mul(hn::Max(zero, hn::Min(p, a)), reciprocal(hn::IfThenElse(hn::Eq(a8, zero), one, a))), one);
+    storeRounded(hn::IfThenElse(alpha, alpha8, hn::MulAdd(a8, curve(u), rounding)), out);
 }
 
 std::size_t Encode(const float* pixels, std::size_t count, std::uint8_t* out)
