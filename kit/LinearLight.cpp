@@ -98,7 +98,7 @@ void decodeRow(const std::uint8_t* pixels, bool argb, bool srgb, std::size_t cou
         return;
     }
     const float* table = decodedTable().data();
-    for (std::size_t i = 0; i < count; ++i) {
+    for (std::size_t i = argb ? 0 : linearlightkernels::decode(pixels, count, table, out); i < count; ++i) {
         const std::uint8_t* p = pixels + 4 * i;
         const float* row = table + std::size_t(p[alpha]) * 256;
         for (int c = 0; c < 3; ++c)
@@ -119,7 +119,7 @@ void decodeUnitsRow(const std::uint8_t* pixels, std::size_t count, std::uint16_t
             t[a * 256 + a] = std::uint16_t(a * 257);
         return t;
     }();
-    for (std::size_t i = 0; i < count; ++i) {
+    for (std::size_t i = linearlightkernels::decodeUnits(pixels, count, table.data(), out); i < count; ++i) {
         const std::uint8_t* p = pixels + 4 * i;
         const std::uint16_t* row = table.data() + std::size_t(p[3]) * 256;
         out[4 * i] = row[p[0]], out[4 * i + 1] = row[p[1]], out[4 * i + 2] = row[p[2]], out[4 * i + 3] = row[p[3]];
