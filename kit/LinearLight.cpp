@@ -159,16 +159,16 @@ void encodeRow(const float* pixels, bool srgb, std::size_t count, std::uint8_t* 
         encodePixel(pixels + 4 * i, srgb, curve, out + 4 * i);
 }
 
-void mapMatrixRow(const float m[9], std::uint8_t* rgba, std::size_t count)
+void mapMatrixRow(const float m[9], const std::uint8_t* in, std::uint8_t* out, std::size_t count)
 {
     const float* curve = fineSRGB().data();
-    for (std::size_t i = linearlightkernels::mapMatrixBytes(m, decodedTable().data(), rgba, count); i < count; ++i) {
+    for (std::size_t i = linearlightkernels::mapMatrixBytes(m, decodedTable().data(), in, out, count); i < count; ++i) {
         float p[4];
-        decodeRow(rgba + 4 * i, false, true, 1, p);
+        decodeRow(in + 4 * i, false, true, 1, p);
         const float r = p[0], g = p[1], b = p[2];
         for (int c = 0; c < 3; ++c)
             p[c] = m[3 * c] * r + m[3 * c + 1] * g + m[3 * c + 2] * b;
-        encodePixel(p, true, curve, rgba + 4 * i);
+        encodePixel(p, true, curve, out + 4 * i);
     }
 }
 

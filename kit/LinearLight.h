@@ -23,9 +23,9 @@ void encodeRow(const float* pixels, bool srgb, std::size_t count, std::uint8_t* 
 /// Premultiplied 8-bit sRGB R, G, B, A to premultiplied linear light in units of 1 / 65535,
 /// rounded: what decodeRow makes, times 65535.
 void decodeUnitsRow(const std::uint8_t* pixels, std::size_t count, std::uint16_t* out);
-/// Premultiplied 8-bit sRGB R, G, B, A in place through the colour matrix m (row major) in
-/// linear light: decodeRow, rgb' = m rgb, encodeRow.
-void mapMatrixRow(const float m[9], std::uint8_t* rgba, std::size_t count);
+/// Premultiplied 8-bit sRGB R, G, B, A through the colour matrix m (row major) in linear light:
+/// decodeRow, rgb' = m rgb, encodeRow, from `in` into `out` (which may be `in`).
+void mapMatrixRow(const float m[9], const std::uint8_t* in, std::uint8_t* out, std::size_t count);
 /// encodeRow into sRGB of the premultiplied values sums x scale (sums below 2^31).
 void encodeSumsRow(const std::uint32_t* sums, float scale, std::size_t count, std::uint8_t* out);
 

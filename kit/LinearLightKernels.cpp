@@ -220,7 +220,8 @@ std::size_t MapMatrix(const float m[9], float* rgba, std::size_t count)
     return i / 4;
 }
 
-std::size_t MapMatrixBytes(const float m[9], const float* table, std::uint8_t* rgba, std::size_t count)
+std::size_t MapMatrixBytes(
+    const float m[9], const float* table, const std::uint8_t* in, std::uint8_t* out, std::size_t count)
 {
     const DF df;
     const std::size_t n = hn::Lanes(df);
@@ -228,16 +229,17 @@ std::size_t MapMatrixBytes(const float m[9], const float* table, std::uint8_t* r
     HWY_ALIGN float chunk[4 * kChunk];
     std::size_t done = 0;
     for (; done + kChunk <= count; done += kChunk) {
-        std::uint8_t* pixels = rgba + 4 * done;
+        const std::uint8_t* pixels = in + 4 * done;
+        std::uint8_t* bytes = out + 4 * done;
         std::size_t i = 0;
         hn::Vec<DF> p;
         for (; i < 4 * kChunk && decodedOpaque(pixels + i, 1.0f, p); i += n)
-            encoded(matrix(p), pixels + i);
+            encoded(matrix(p), bytes + i);
         if (i == 4 * kChunk)
             continue;
         decodeAhead(pixels + i, kChunk - i / 4, table, chunk + i);
         for (; i < 4 * kChunk; i += n)
-            encoded(matrix(hn::Load(df, chunk + i)), pixels + i);
+            encoded(matrix(hn::Load(df, chunk + i)), bytes + i);
     }
     return done;
 }
@@ -284,7 +286,7 @@ std::size_t DecodeUnits(const std::uint8_t* pixels, std::size_t count, const std
 std::size_t Encode(const float*, std::size_t, std::uint8_t*) { return 0; }
 std::size_t EncodeSums(const std::uint32_t*, float, std::size_t, std::uint8_t*) { return 0; }
 std::size_t MapMatrix(const float*, float*, std::size_t) { return 0; }
-std::size_t MapMatrixBytes(const float*, const float*, std::uint8_t*, std::size_t) { return 0; }
+std::size_t MapMatrixBytes(const float*, const float*, const std::uint8_t*, std::uint8_t*, std::size_t) { return 0; }
 std::size_t Decode(const std::uint8_t*, std::size_t, const float*, float*) { return 0; }
 std::size_t DecodeUnits(const std::uint8_t*, std::size_t, const std::uint16_t*, std::uint16_t*) { return 0; }
 #endif
@@ -318,9 +320,10 @@ std::size_t mapMatrix(const float m[9], float* rgba, std::size_t count)
     return HWY_DYNAMIC_DISPATCH(MapMatrix)(m, rgba, count);
 }
 
-std::size_t mapMatrixBytes(const float m[9], const float* table, std::uint8_t* rgba, std::size_t count)
+std::size_t mapMatrixBytes(
+    const float m[9], const float* table, const std::uint8_t* in, std::uint8_t* out, std::size_t count)
 {
-    return HWY_DYNAMIC_DISPATCH(MapMatrixBytes)(m, table, rgba, count);
+    return HWY_DYNAMIC_DISPATCH(MapMatrixBytes)(m, table, in, out, count);
 }
 
 std::size_t decode(const std::uint8_t* pixels, std::size_t count, const float* table, float* out)

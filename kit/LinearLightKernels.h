@@ -24,8 +24,9 @@ std::size_t encode(const float* pixels, std::size_t count, std::uint8_t* out);
 std::size_t encodeSums(const std::uint32_t* sums, float scale, std::size_t count, std::uint8_t* out);
 /// rgb' = m rgb (m row major) for premultiplied floats, alpha kept.
 std::size_t mapMatrix(const float m[9], float* rgba, std::size_t count);
-/// The same on premultiplied 8-bit sRGB in place: decoded through `table` (premultiplied linear
-/// colour of a value under an alpha, 256 x 256, alpha major), mapped and encoded as above.
-std::size_t mapMatrixBytes(const float m[9], const float* table, std::uint8_t* rgba, std::size_t count);
+/// The same on premultiplied 8-bit sRGB from `in` into `out` (which may be `in`): decoded as
+/// decode does, mapped and encoded as above.
+std::size_t mapMatrixBytes(
+    const float m[9], const float* table, const std::uint8_t* in, std::uint8_t* out, std::size_t count);
 
 } // namespace kit::linearlightkernels
