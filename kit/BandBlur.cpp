@@ -68,8 +68,8 @@ bool BandBlur::drawBoxStripe(
     // enters.
     const auto slots = std::size_t(window + 1);
     ScratchBlock bytes(values), ring(slots * values * sizeof(std::uint16_t));
-    ScratchBlock columns(values * sizeof(std::uint32_t)), sums(std::size_t(area.width) * 4 * sizeof(std::uint32_t));
-    if (!bytes || !ring || !columns || !sums)
+    ScratchBlock columns(values * sizeof(std::uint32_t));
+    if (!bytes || !ring || !columns)
         return false;
     std::memset(columns.bytes(), 0, values * sizeof(std::uint32_t));
     const float scale = float(1.0 / (double(window * window) * 65535.0));
@@ -85,10 +85,8 @@ bool BandBlur::drawBoxStripe(
         bandblurkernels::slideColumns(columns.as<std::uint32_t>(), entering, leaving, values);
         if (k < window - 1)
             continue;
-        bandblurkernels::slideRow(
-            columns.as<std::uint32_t>(), std::size_t(window), std::size_t(area.width), sums.as<std::uint32_t>());
-        linearlight::encodeSumsRow(
-            sums.as<std::uint32_t>(), scale, std::size_t(area.width), rgba + (k - window + 1) * stride);
+        linearlight::encodeWindowSumsRow(columns.as<std::uint32_t>(), std::size_t(window), scale,
+            std::size_t(area.width), rgba + (k - window + 1) * stride);
     }
     return true;
 }

@@ -29,34 +29,6 @@ void SlideColumns(std::uint32_t* sums, const std::uint16_t* entering, const std:
         sums[i] += entering[i] - (leaving ? leaving[i] : 0u);
 }
 
-void SlideRow(const std::uint32_t* columns, std::size_t window, std::size_t count, std::uint32_t* out)
-{
-    // One pixel's four channels a vector; the difference of the columns entering and leaving is
-    // taken apart from the running sum, so that the sum waits on one add a pixel.
-    const hn::CappedTag<std::uint32_t, 4> d;
-    if (hn::Lanes(d) == 4) {
-        auto sum = hn::Zero(d);
-        for (std::size_t t = 0; t < window; ++t)
-            sum = hn::Add(sum, hn::LoadU(d, columns + 4 * t));
-        for (std::size_t i = 0; i < count; ++i) {
-            hn::StoreU(sum, d, out + 4 * i);
-            if (i + 1 < count)
-                sum = hn::Add(sum, hn::Sub(hn::LoadU(d, columns + 4 * (i + window)), hn::LoadU(d, columns + 4 * i)));
-        }
-        return;
-    }
-    for (int c = 0; c < 4; ++c) {
-        std::uint32_t sum = 0;
-        for (std::size_t t = 0; t < window; ++t)
-            sum += columns[4 * t + std::size_t(c)];
-        for (std::size_t i = 0; i < count; ++i) {
-            out[4 * i + std::size_t(c)] = sum;
-            if (i + 1 < count)
-                sum += columns[4 * (i + window) + std::size_t(c)] - columns[4 * i + std::size_t(c)];
-        }
-    }
-}
-
 void WeighRows(const float* const* rows, const float* weights, std::size_t taps, std::size_t count, float* const* out)
 {
     // Four output rows at once, so that each row read serves up to four of them: the rows
@@ -118,18 +90,12 @@ HWY_AFTER_NAMESPACE();
 namespace kit::bandblurkernels {
 
 HWY_EXPORT(SlideColumns);
-HWY_EXPORT(SlideRow);
 HWY_EXPORT(WeighRows);
 HWY_EXPORT(WeighColumns);
 
 void slideColumns(std::uint32_t* sums, const std::uint16_t* entering, const std::uint16_t* leaving, std::size_t count)
 {
     HWY_DYNAMIC_DISPATCH(SlideColumns)(sums, entering, leaving, count);
-}
-
-void slideRow(const std::uint32_t* columns, std::size_t window, std::size_t count, std::uint32_t* out)
-{
-    HWY_DYNAMIC_DISPATCH(SlideRow)(columns, window, count, out);
 }
 
 void weighRows(const float* const* rows, const float* weights, std::size_t taps, std::size_t count, float* const* out)

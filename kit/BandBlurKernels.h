@@ -9,9 +9,6 @@ namespace kit::bandblurkernels {
 
 /// sums[i] += entering[i] - leaving[i] over `count` values (leaving may be null: nothing leaves).
 void slideColumns(std::uint32_t* sums, const std::uint16_t* entering, const std::uint16_t* leaving, std::size_t count);
-/// out[i] = sum over t < window of columns[i + t], per channel of RGBA pixels: `count` pixels
-/// out of count + window - 1.
-void slideRow(const std::uint32_t* columns, std::size_t window, std::size_t count, std::uint32_t* out);
 /// Output rows weighRows makes at once.
 constexpr std::size_t kRowsAtOnce = 4;
 /// out[j][i] = sum over k of weights[k] x rows[j + k][i] for j below kRowsAtOnce, over `count`

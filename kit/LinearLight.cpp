@@ -172,13 +172,22 @@ void mapMatrixRow(const float m[9], const std::uint8_t* in, std::uint8_t* out, s
     }
 }
 
-void encodeSumsRow(const std::uint32_t* sums, float scale, std::size_t count, std::uint8_t* out)
+void encodeWindowSumsRow(
+    const std::uint32_t* columns, std::size_t window, float scale, std::size_t count, std::uint8_t* out)
 {
     const float* curve = fineSRGB().data();
-    for (std::size_t i = linearlightkernels::encodeSums(sums, scale, count, out); i < count; ++i) {
+    const std::size_t done = linearlightkernels::encodeWindowSums(columns, window, scale, count, out);
+    std::uint32_t sums[4] = { 0, 0, 0, 0 };
+    for (std::size_t t = 0; t < window; ++t)
+        for (std::size_t c = 0; c < 4; ++c)
+            sums[c] += columns[4 * (done + t) + c];
+    for (std::size_t i = done; i < count; ++i) {
         float p[4];
-        for (int c = 0; c < 4; ++c)
-            p[c] = float(sums[4 * i + std::size_t(c)]) * scale;
+        for (std::size_t c = 0; c < 4; ++c) {
+            p[c] = float(sums[c]) * scale;
+            if (i + 1 < count)
+                sums[c] += columns[4 * (i + window) + c] - columns[4 * i + c];
+        }
         encodePixel(p, true, curve, out + 4 * i);
     }
 }

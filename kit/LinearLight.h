@@ -26,7 +26,9 @@ void decodeUnitsRow(const std::uint8_t* pixels, std::size_t count, std::uint16_t
 /// Premultiplied 8-bit sRGB R, G, B, A through the colour matrix m (row major) in linear light:
 /// decodeRow, rgb' = m rgb, encodeRow, from `in` into `out` (which may be `in`).
 void mapMatrixRow(const float m[9], const std::uint8_t* in, std::uint8_t* out, std::size_t count);
-/// encodeRow into sRGB of the premultiplied values sums x scale (sums below 2^31).
-void encodeSumsRow(const std::uint32_t* sums, float scale, std::size_t count, std::uint8_t* out);
+/// encodeRow into sRGB of `count` premultiplied pixels, pixel i the sum of pixels i .. i +
+/// window - 1 of `columns` times `scale` (sums below 2^31), per channel.
+void encodeWindowSumsRow(
+    const std::uint32_t* columns, std::size_t window, float scale, std::size_t count, std::uint8_t* out);
 
 } // namespace kit::linearlight

@@ -172,18 +172,44 @@ std::size_t Encode(const float* pixels, std::size_t count, std::uint8_t* out)
     return i / 4;
 }
 
-std::size_t EncodeSums(const std::uint32_t* sums, float scale, std::size_t count, std::uint8_t* out)
+std::size_t EncodeWindowSums(
+    const std::uint32_t* columns, std::size_t window, float scale, std::size_t count, std::uint8_t* out)
 {
-    std::size_t i = 0;
+    // Sums of whole vectors of pixels at once: with D_j the column entering minus the one leaving
+    // after pixel j, pixel k of a vector is the sum at the vector's start plus D's sum before k,
+    // found in two moves of the vector by one and two pixels. Only the vector's total waits on
+    // the one before; a pixel at a time, the sum waited on every pixel. Sums stay below 2^31, so
+    // the arithmetic modulo 2^32 on the way is exact.
     const DF df;
     const DI di;
+    const DU du;
+    const std::size_t n = hn::Lanes(du), pixels = n / 4;
+    const auto iota = hn::Iota(di, 0);
+    const auto up1 = hn::IndicesFromVec(du, hn::Max(hn::Sub(iota, hn::Set(di, 4)), hn::Zero(di)));
+    const auto up2 = hn::IndicesFromVec(du, hn::Max(hn::Sub(iota, hn::Set(di, 8)), hn::Zero(di)));
+    const auto last = hn::IndicesFromVec(du, hn::Add(hn::And(iota, hn::Set(di, 3)), hn::Set(di, int(n) - 4)));
+    const auto from1 = hn::RebindMask(du, hn::Gt(iota, hn::Set(di, 3)));
+    const auto from2 = hn::RebindMask(du, hn::Gt(iota, hn::Set(di, 7)));
+    HWY_ALIGN std::uint32_t first[4] = { 0, 0, 0, 0 };
+    for (std::size_t t = 0; t < window; ++t)
+        for (std::size_t c = 0; c < 4; ++c)
+            first[c] += columns[4 * t + c];
+    auto start = hn::LoadDup128(du, first);
     const auto s = hn::Set(df, scale);
-    for (const std::size_t n = hn::Lanes(df); i + n <= 4 * count; i += n) {
-        // Sums stay below 2^31, so they convert as signed.
-        const auto v = hn::ConvertTo(df, hn::BitCast(di, hn::LoadU(DU(), sums + i)));
-        encoded(hn::Mul(v, s), out + i);
+    std::size_t i = 0;
+    // The last pixel's D would read past the columns: it is left to the caller.
+    for (; i + pixels < count; i += pixels) {
+        const auto d = hn::Sub(hn::LoadU(du, columns + 4 * (i + window)), hn::LoadU(du, columns + 4 * i));
+        auto through = d; // D summed up to and including each pixel
+        if (pixels > 1)
+            through = hn::Add(through, hn::IfThenElseZero(from1, hn::TableLookupLanes(through, up1)));
+        if (pixels > 2)
+            through = hn::Add(through, hn::IfThenElseZero(from2, hn::TableLookupLanes(through, up2)));
+        const auto sums = hn::Add(start, hn::Sub(through, d));
+        start = hn::Add(start, hn::TableLookupLanes(through, last));
+        encoded(hn::Mul(hn::ConvertTo(df, hn::BitCast(di, sums)), s), out + 4 * i);
     }
-    return i / 4;
+    return i;
 }
 
 // A 3 x 3 matrix applied to pixel vectors: each pixel the sum of its broadcast channels times
@@ -284,7 +310,7 @@ std::size_t DecodeUnits(const std::uint8_t* pixels, std::size_t count, const std
 #else
 // Without vectors every pixel goes the caller's way.
 std::size_t Encode(const float*, std::size_t, std::uint8_t*) { return 0; }
-std::size_t EncodeSums(const std::uint32_t*, float, std::size_t, std::uint8_t*) { return 0; }
+std::size_t EncodeWindowSums(const std::uint32_t*, std::size_t, float, std::size_t, std::uint8_t*) { return 0; }
 std::size_t MapMatrix(const float*, float*, std::size_t) { return 0; }
 std::size_t MapMatrixBytes(const float*, const float*, const std::uint8_t*, std::uint8_t*, std::size_t) { return 0; }
 std::size_t Decode(const std::uint8_t*, std::size_t, const float*, float*) { return 0; }
@@ -299,7 +325,7 @@ HWY_AFTER_NAMESPACE();
 namespace kit::linearlightkernels {
 
 HWY_EXPORT(Encode);
-HWY_EXPORT(EncodeSums);
+HWY_EXPORT(EncodeWindowSums);
 HWY_EXPORT(MapMatrix);
 HWY_EXPORT(MapMatrixBytes);
 HWY_EXPORT(Decode);
@@ -310,9 +336,10 @@ std::size_t encode(const float* pixels, std::size_t count, std::uint8_t* out)
     return HWY_DYNAMIC_DISPATCH(Encode)(pixels, count, out);
 }
 
-std::size_t encodeSums(const std::uint32_t* sums, float scale, std::size_t count, std::uint8_t* out)
+std::size_t encodeWindowSums(
+    const std::uint32_t* columns, std::size_t window, float scale, std::size_t count, std::uint8_t* out)
 {
-    return HWY_DYNAMIC_DISPATCH(EncodeSums)(sums, scale, count, out);
+    return HWY_DYNAMIC_DISPATCH(EncodeWindowSums)(columns, window, scale, count, out);
 }
 
 std::size_t mapMatrix(const float m[9], float* rgba, std::size_t count)

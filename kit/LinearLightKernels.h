@@ -20,8 +20,10 @@ std::size_t decodeUnits(const std::uint8_t* pixels, std::size_t count, const std
 /// Premultiplied linear floats to premultiplied 8-bit sRGB, rounded as linearlight::encodeRow
 /// rounds, the encoded value within 0.05 of an 8-bit step of the exact curve.
 std::size_t encode(const float* pixels, std::size_t count, std::uint8_t* out);
-/// The same for values that are `sums` x `scale` (sums below 2^31).
-std::size_t encodeSums(const std::uint32_t* sums, float scale, std::size_t count, std::uint8_t* out);
+/// The same for values that are sums of `window` consecutive pixels of `columns` (count +
+/// window - 1 of them, sums below 2^31) times `scale`; at least the last pixel is left over.
+std::size_t encodeWindowSums(
+    const std::uint32_t* columns, std::size_t window, float scale, std::size_t count, std::uint8_t* out);
 /// rgb' = m rgb (m row major) for premultiplied floats, alpha kept.
 std::size_t mapMatrix(const float m[9], float* rgba, std::size_t count);
 /// The same on premultiplied 8-bit sRGB from `in` into `out` (which may be `in`): decoded as

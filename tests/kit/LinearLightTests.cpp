@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <random>
 #include <vector>
 
 namespace {
@@ -51,7 +52,7 @@ TEST(LinearLight, EveryUnitOfLinearLightEncodesToTheNearestByteUnderAnyAlpha)
         const std::size_t count = floats.size() / 4;
         std::vector<std::uint8_t> encoded(4 * count), encodedSums(4 * count);
         kit::linearlight::encodeRow(floats.data(), true, count, encoded.data());
-        kit::linearlight::encodeSumsRow(sums.data(), float(1 / 65535.0), count, encodedSums.data());
+        kit::linearlight::encodeWindowSumsRow(sums.data(), 1, float(1 / 65535.0), count, encodedSums.data());
         for (std::size_t i = 0; i < count; ++i) {
             // Within 0.04 of a step of the curve before rounding, so the nearest byte but for
             // values that close to a half.
@@ -60,6 +61,37 @@ TEST(LinearLight, EveryUnitOfLinearLightEncodesToTheNearestByteUnderAnyAlpha)
             ASSERT_EQ(encoded[4 * i + 3], a8) << "alpha " << alpha << " value " << i;
             const double exactSum = a8 * toSRGB(std::min(1.0, sums[4 * i] / double(sums[4 * i + 3])));
             ASSERT_NEAR(encodedSums[4 * i], exactSum, 0.54) << "alpha " << alpha << " sum " << sums[4 * i];
+        }
+    }
+}
+
+TEST(LinearLight, SumsOverAWindowEncodeAsTheirMean)
+{
+    // Premultiplied columns in units, opaque runs among translucent pixels; every window from a
+    // pixel to three vectors wide, over rows whose ends fall anywhere in a vector.
+    std::mt19937 random(5);
+    std::vector<std::uint32_t> columns;
+    for (int i = 0; i < 400; ++i) {
+        const std::uint32_t a = (i / 16) % 3 ? 65535 : std::uint32_t(random() % 65536);
+        for (int c = 0; c < 3; ++c)
+            columns.push_back(std::uint32_t(random() % (a + 1)));
+        columns.push_back(a);
+    }
+    for (std::size_t window : { 1, 2, 5, 12 }) {
+        const std::size_t count = columns.size() / 4 - window + 1 - window % 4;
+        const float scale = float(1 / (65535.0 * double(window)));
+        std::vector<std::uint8_t> out(4 * count);
+        kit::linearlight::encodeWindowSumsRow(columns.data(), window, scale, count, out.data());
+        for (std::size_t i = 0; i < count; ++i) {
+            double sums[4] = { 0, 0, 0, 0 };
+            for (std::size_t t = 0; t < window; ++t)
+                for (std::size_t c = 0; c < 4; ++c)
+                    sums[c] += columns[4 * (i + t) + c];
+            const double a8 = out[4 * i + 3];
+            ASSERT_NEAR(a8, sums[3] / (65535.0 * double(window)) * 255, 0.5) << "window " << window << " pixel " << i;
+            for (std::size_t c = 0; c < 3; ++c)
+                ASSERT_NEAR(out[4 * i + c], a8 * toSRGB(sums[c] / sums[3]), 0.54)
+                    << "window " << window << " pixel " << i << " channel " << c;
         }
     }
 }
