@@ -12,21 +12,31 @@ namespace kit {
 
 namespace {
 
-// The sRGB bytes of the image's row whose bottom edge is at y over the columns x .. x + width,
-// transparent black outside the image: in place where the image's own bytes are that row,
-// otherwise drawn into `bytes`. Null for a row wholly outside the image, with nothing read.
-const std::uint8_t* readRow(const CIImage& input, long long x, long long y, long long width, std::uint8_t* bytes)
+// Decodes the image's row whose bottom edge is at y over the columns x .. x + width into `out`
+// (four values a pixel), transparent black outside the image: straight from the image's own
+// bytes where they hold the row's part inside the image, otherwise from the row drawn into
+// `bytes`: a row reaching past the image is not copied whole only to be padded.
+template <typename T, typename Decode>
+void decodedRow(
+    const CIImage& input, long long x, long long y, long long width, std::uint8_t* bytes, T* out, Decode decode)
 {
     static const RefPtr<ColorSpace> srgb = ColorSpace::createSRGB();
     const PixelArea source = PixelArea::enclosing(input.extent());
-    if (y < source.y || y >= source.maxY())
-        return nullptr;
-    if (x >= source.x && x + width <= source.maxX()) {
-        if (const std::uint8_t* pixels = input.bitmapPixel(x, y))
-            return pixels;
+    const long long from = std::clamp(source.x, x, x + width), to = std::clamp(source.maxX(), from, x + width);
+    if (y >= source.y && y < source.maxY() && from < to) {
+        const std::uint8_t* pixels = input.bitmapPixel(from, y);
+        if (pixels && input.bitmapPixel(to - 1, y)) {
+            std::fill(out, out + 4 * (from - x), T(0));
+            decode(pixels, std::size_t(to - from), out + 4 * (from - x));
+            std::fill(out + 4 * (to - x), out + 4 * width, T(0));
+            return;
+        }
+        if (input.drawArea(int(x), int(y), int(width), 1, bytes, std::ptrdiff_t(width * 4), true, srgb.get())) {
+            decode(bytes, std::size_t(width), out);
+            return;
+        }
     }
-    return input.drawArea(int(x), int(y), int(width), 1, bytes, std::ptrdiff_t(width * 4), true, srgb.get()) ? bytes
-                                                                                                             : nullptr;
+    std::fill(out, out + 4 * width, T(0));
 }
 
 // Draws the area in stripes of columns whose ring of `slots` rows of `pixelBytes` a pixel stays
@@ -78,10 +88,7 @@ bool BandBlur::drawBoxStripe(
     // Source row k of the pass is the one whose bottom edge is r rows above the area's top row's.
     for (long long k = 0; k < area.height + window - 1; ++k) {
         std::uint16_t* entering = ring.as<std::uint16_t>() + std::size_t(k) % slots * values;
-        if (const std::uint8_t* row = readRow(input, x0, area.maxY() - 1 + r - k, width, bytes.bytes()))
-            linearlight::decodeUnitsRow(row, std::size_t(width), entering);
-        else
-            std::memset(entering, 0, values * sizeof(std::uint16_t));
+        decodedRow(input, x0, area.maxY() - 1 + r - k, width, bytes.bytes(), entering, linearlight::decodeUnitsRow);
         const std::uint16_t* leaving
             = k >= window ? ring.as<std::uint16_t>() + std::size_t(k - window) % slots * values : nullptr;
         bandblurkernels::slideColumns(columns.as<std::uint32_t>(), entering, leaving, values);
@@ -127,11 +134,11 @@ bool BandBlur::drawWeightedStripe(const CIImage& input, const std::vector<float>
         downRows[j] = down.as<float>() + std::size_t(j) * values;
     // Source row k is the one whose bottom edge is `reach` rows above the area's top row's.
     auto decode = [&](long long k) {
-        float* row = ring.as<float>() + std::size_t(k % slots) * values;
-        if (const std::uint8_t* source = readRow(input, x0, area.maxY() - 1 + reach - k, width, bytes.bytes()))
-            linearlight::decodeRow(source, false, true, std::size_t(width), row);
-        else
-            std::memset(row, 0, values * sizeof(float));
+        decodedRow(input, x0, area.maxY() - 1 + reach - k, width, bytes.bytes(),
+            ring.as<float>() + std::size_t(k % slots) * values,
+            [](const std::uint8_t* pixels, std::size_t count, float* out) {
+                linearlight::decodeRow(pixels, false, true, count, out);
+            });
     };
     for (long long k = 0; k < slots - group; ++k)
         decode(k);
