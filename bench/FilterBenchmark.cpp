@@ -220,8 +220,8 @@ int main(int argc, char** argv)
     auto image = kit::CIImage::imageWithBitmapData(kit::Data::dataWithBytesNoCopy(bytes.data(), bytes.size(), false),
         std::size_t(kSide) * 4, { float(kSide), float(kSide) }, kit::CIFormatRGBA8, space.get());
     std::vector<std::uint8_t> target(bytes.size());
-    auto context = kit::BitmapContext::create(target.data(), kSide, kSide, 8, std::size_t(kSide) * 4, space.get(),
-                                              kit::ImageAlphaPremultipliedLast);
+    auto context = kit::BitmapContext::create(
+        target.data(), kSide, kSide, 8, std::size_t(kSide) * 4, space.get(), kit::ImageAlphaPremultipliedLast);
     auto ciContext = kit::CIContext::contextWithCGContextOptions(context.get(), nullptr);
     const kit::Rect whole(0, 0, kSide, kSide);
 #ifdef QM_HAVE_OPENCV
@@ -252,7 +252,8 @@ int main(int argc, char** argv)
 #ifdef QM_HAVE_OPENCV
         if (entry.opencv) {
             const double cvMs = timed(runs, processorTime, [&] { entry.opencv(in, out); });
-            std::printf("| %s | %.1f | %s | %.1f | %.2f |\n", entry.label.c_str(), kit, entry.opencvLabel.c_str(), cvMs, kit / cvMs);
+            std::printf("| %s | %.1f | %s | %.1f | %.2f |\n", entry.label.c_str(), kit, entry.opencvLabel.c_str(), cvMs,
+                kit / cvMs);
         } else {
             std::printf("| %s | %.1f | – | – | – |\n", entry.label.c_str(), kit);
         }

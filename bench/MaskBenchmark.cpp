@@ -84,9 +84,11 @@ int buildMask(int shape, float feather, IMAGE_BUFFER& buffer, kit::Point& origin
     case Rectangle:
         return CreateImageBufferFromRect(buffer, origin, kit::Rect(0, 0, kSide, kSide), kWhite, true, kWhite, feather);
     case Ellipse:
-        return CreateImageBufferFromEllipse(buffer, origin, kit::Rect(0, 0, kSide, kSide), kWhite, true, kWhite, feather);
+        return CreateImageBufferFromEllipse(
+            buffer, origin, kit::Rect(0, 0, kSide, kSide), kWhite, true, kWhite, feather);
     case Star:
-        return CreateImageBufferFromPolygon(buffer, origin, star.data(), int(star.size()), kWhite, true, kWhite, feather);
+        return CreateImageBufferFromPolygon(
+            buffer, origin, star.data(), int(star.size()), kWhite, true, kWhite, feather);
     case CrossedStar:
         return CreateImageBufferFromPolygon(
             buffer, origin, crossed.data(), int(crossed.size()), kWhite, true, kWhite, feather);
@@ -103,7 +105,10 @@ struct Result {
 };
 std::map<std::string, Result> g_results;
 
-std::string key(int shape, float feather) { return std::string(shapeName(shape)) + " feather " + std::to_string(feather).substr(0, 5); }
+std::string key(int shape, float feather)
+{
+    return std::string(shapeName(shape)) + " feather " + std::to_string(feather).substr(0, 5);
+}
 
 // One memcpy of a buffer of the mask's size between two blocks that stay mapped: the floor of
 // writing the mask once. The copy is timed on its second run, after a first one has written back
@@ -111,11 +116,7 @@ std::string key(int shape, float feather) { return std::string(shapeName(shape))
 // run back to back.
 class MemcpyFloor {
 public:
-    explicit MemcpyFloor(std::size_t bytes)
-        : m_from(bytes, 1)
-        , m_to(bytes, 2)
-    {
-    }
+    explicit MemcpyFloor(std::size_t bytes) : m_from(bytes, 1), m_to(bytes, 2) {}
     double run()
     {
         copy();
@@ -281,15 +282,14 @@ void maskBenchmark(benchmark::State& state, int shape, float feather, bool cold)
 void alternative(int shape, float feather, int width, int height, std::vector<unsigned char>& pixels)
 {
     pixels.assign(std::size_t(width) * std::size_t(height) * 4, 0);
-    cairo_surface_t* surface = cairo_image_surface_create_for_data(pixels.data(), CAIRO_FORMAT_ARGB32, width, height, width * 4);
+    cairo_surface_t* surface
+        = cairo_image_surface_create_for_data(pixels.data(), CAIRO_FORMAT_ARGB32, width, height, width * 4);
     cairo_t* cr = cairo_create(surface);
     cairo_set_source_rgba(cr, 1, 1, 1, 1);
     // cairo's y goes down the surface as the layer's does down the mask: no flip needed.
     const double inset = 1 + double(feather);
     switch (shape) {
-    case Rectangle:
-        cairo_rectangle(cr, inset, inset, kSide, kSide);
-        break;
+    case Rectangle: cairo_rectangle(cr, inset, inset, kSide, kSide); break;
     case Ellipse:
         cairo_save(cr);
         cairo_translate(cr, inset + kSide / 2, inset + kSide / 2);
@@ -359,7 +359,7 @@ void registerAll()
         // OpenCV's blur grows with the radius: a few runs are plenty at the large ones.
         const int runs = feather >= 100 ? 3 : feather >= 10 ? 5 : 11;
         benchmark::RegisterBenchmark(("cairo+opencv/" + key(shape, feather)).c_str(),
-                                     [shape = shape, feather = feather](benchmark::State& s) { alternativeBenchmark(s, shape, feather); })
+            [shape = shape, feather = feather](benchmark::State& s) { alternativeBenchmark(s, shape, feather); })
             ->Unit(benchmark::kMillisecond)
             ->Iterations(runs);
     }

@@ -7,8 +7,8 @@
 // memory and its page faults count; "warm" runs reuse one document, whose next stroke finds the
 // memory the last one freed. Figures are medians over the runs, ratios the median of the runs'
 // ratios. Single thread.
-#include "engine/Document.h"
 #include "bench/BenchTiming.h"
+#include "engine/Document.h"
 #include "host/HostEngine.h"
 
 #include <benchmark/benchmark.h>

@@ -1,9 +1,9 @@
 // ActionLog: the recorded selection events of a document, saved and loaded as JSON lines.
 #include "engine/ActionLog.h"
 
-#include "engine/TextLines.h"
 #include "engine/JsonRecordReader.h"
 #include "engine/JsonRecordWriter.h"
+#include "engine/TextLines.h"
 
 #include <fstream>
 #include <system_error>

@@ -6,11 +6,7 @@
 
 namespace engine {
 
-Brush::Brush(int number, BrushSettings settings)
-    : m_number(number)
-    , m_settings(std::move(settings))
-{
-}
+Brush::Brush(int number, BrushSettings settings) : m_number(number), m_settings(std::move(settings)) {}
 
 int Brush::number() const { return m_number; }
 

@@ -30,7 +30,7 @@ public:
     /// Lays a dab of the brush centred on canvas point (x, y); colour is 0xRRGGBB. True when a
     /// pixel changed.
     bool lay(Layer& layer, const PixelRect& clip, const Brush& brush, double x, double y, std::uint32_t colour,
-             const BeforeChange& beforeChange);
+        const BeforeChange& beforeChange);
 
 private:
     using Coverage = std::array<std::uint8_t, kCellSize * kCellSize>;

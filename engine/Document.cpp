@@ -48,11 +48,7 @@ template <typename Visit> void forEachCellOnCanvas(const Layer& layer, const Pix
 
 } // namespace
 
-Document::Document()
-    : m_brushDirectory(defaultBrushDirectory())
-{
-    DocumentRegistry::instance().add(this);
-}
+Document::Document() : m_brushDirectory(defaultBrushDirectory()) { DocumentRegistry::instance().add(this); }
 
 Document::~Document() { DocumentRegistry::instance().remove(this); }
 
@@ -68,8 +64,9 @@ bool Document::setCanvasSize(int width, int height)
 {
     if (width < 1 || height < 1 || width > kMaxCanvasSide || height > kMaxCanvasSide
         || std::int64_t { width } * height > kMaxCanvasPixels) {
-        refuse("a canvas of " + std::to_string(width) + " x " + std::to_string(height) + " pixels is refused: sides from 1 to "
-            + std::to_string(kMaxCanvasSide) + " and at most " + std::to_string(kMaxCanvasPixels) + " pixels in all");
+        refuse("a canvas of " + std::to_string(width) + " x " + std::to_string(height)
+            + " pixels is refused: sides from 1 to " + std::to_string(kMaxCanvasSide) + " and at most "
+            + std::to_string(kMaxCanvasPixels) + " pixels in all");
         return false;
     }
     m_canvasWidth = width;
@@ -531,9 +528,8 @@ void Document::layStroke(Brush& brush, unsigned int colour, int x, int y)
     const DabPainter::BeforeChange before = [this, &layer](CellKey key) { m_undo.recordBefore(layer, key); };
     unsigned int dabColour = m_selectionRouting ? kMaskColour : colour & 0xffffffu;
     bool laid = false;
-    m_stroke.extendTo(x + 0.5, y + 0.5, brush.dabSpacing(), reach, [&](double dabX, double dabY) {
-        laid |= m_painter.lay(layer, canvas, brush, dabX, dabY, dabColour, before);
-    });
+    m_stroke.extendTo(x + 0.5, y + 0.5, brush.dabSpacing(), reach,
+        [&](double dabX, double dabY) { laid |= m_painter.lay(layer, canvas, brush, dabX, dabY, dabColour, before); });
     if (laid)
         changed();
     m_painterRevision = m_revision;

@@ -34,9 +34,7 @@ void merge(std::uint8_t* target, const std::uint8_t* previous, const std::uint8_
 } // namespace
 
 ImageImporter::ImageImporter(Layer& layer, const PixelRect& clip, ReplaceCell replaceCell)
-    : m_layer(layer)
-    , m_clip(clip)
-    , m_replaceCell(std::move(replaceCell))
+    : m_layer(layer), m_clip(clip), m_replaceCell(std::move(replaceCell))
 {
 }
 

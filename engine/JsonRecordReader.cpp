@@ -51,8 +51,7 @@ int hexValue(char c)
 } // namespace
 
 JsonRecordReader::JsonRecordReader(std::string_view line, std::size_t maxStringBytes)
-    : m_text(line)
-    , m_maxStringBytes(maxStringBytes)
+    : m_text(line), m_maxStringBytes(maxStringBytes)
 {
 }
 

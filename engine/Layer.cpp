@@ -13,10 +13,7 @@ std::int64_t floorDiv(std::int64_t value, std::int64_t divisor)
 
 } // namespace
 
-Layer::Layer(int id)
-    : m_id(id)
-{
-}
+Layer::Layer(int id) : m_id(id) {}
 
 int Layer::id() const { return m_id; }
 

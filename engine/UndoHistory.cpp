@@ -16,10 +16,7 @@ bool isTransparent(const CellPixels& cell)
 
 } // namespace
 
-UndoHistory::UndoHistory(std::size_t maxSteps)
-    : m_maxSteps(std::max<std::size_t>(maxSteps, 1))
-{
-}
+UndoHistory::UndoHistory(std::size_t maxSteps) : m_maxSteps(std::max<std::size_t>(maxSteps, 1)) {}
 
 void UndoHistory::recordBefore(Layer& layer, CellKey key)
 {
@@ -125,8 +122,7 @@ bool UndoHistory::closeStep()
         recycle(dropped);
     m_redo.clear();
     m_undo.push_back(std::move(step));
-    if (m_undo.size() > m_maxSteps)
-    {
+    if (m_undo.size() > m_maxSteps) {
         recycle(m_undo.front());
         m_undo.pop_front();
     }

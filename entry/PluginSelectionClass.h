@@ -1,8 +1,8 @@
 // PluginSelectionClass: the module table for a host that loads the plug-in's class.
 #pragma once
 
-#include "module/PluginModule.h"
 #include "kit/Object.h"
+#include "module/PluginModule.h"
 
 class PluginSelectionClass final : public kit::Object {
 public:

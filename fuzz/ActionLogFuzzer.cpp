@@ -1,8 +1,8 @@
 // Fuzz target: any bytes as an action log, then every record it yields replayed on a document.
 #include "engine/ActionLog.h"
 #include "engine/Document.h"
-#include "module/PluginModule.h"
 #include "kit/RunLoop.h"
+#include "module/PluginModule.h"
 
 #include <cstddef>
 #include <cstdint>

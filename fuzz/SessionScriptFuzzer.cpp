@@ -9,7 +9,8 @@
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     std::string error;
-    auto script = hostapp::SessionScript::parse(std::string_view(reinterpret_cast<const char*>(data), size), "fuzz", error);
+    auto script
+        = hostapp::SessionScript::parse(std::string_view(reinterpret_cast<const char*>(data), size), "fuzz", error);
     if (!script && error.rfind("fuzz:", 0) != 0)
         __builtin_trap(); // every refusal names the source and line
     return 0;

@@ -15,8 +15,8 @@ int IPD_GetSelectionMaskID(void* context);
 int IPD_EnableSeletionLayerOperation(void* context, int flag);
 /// Imports width x height RGBA pixels (premultiplied, top row first) with the top-left pixel at
 /// layer pixel (x, y). The engine copies the data during the call.
-int IPD_LayerPaint_ImportImageData(void* context, int layer, const unsigned char* data, int width,
-                                   int height, int x, int y);
+int IPD_LayerPaint_ImportImageData(
+    void* context, int layer, const unsigned char* data, int width, int height, int x, int y);
 /// Closes the open undo step and asks the host to redraw the active layer.
 int IPD_StartRefreshingActiveLayer(void* context);
 /// Empties the layer. The last argument is reserved and always 0.
@@ -44,8 +44,7 @@ int IPD_SetBrushParam(void* context, void* brush, int parameter, float value);
 int IPD_BeginOneStroke(void* context);
 /// Extends the open stroke to canvas pixel (x, y). time is 5.1 for the first point, the seconds
 /// since the previous point after that, and -1 for the last point.
-int IPD_StrokeTo(void* context, void* brush, unsigned int color, int x, int y, float pressure,
-                 float time);
+int IPD_StrokeTo(void* context, void* brush, unsigned int color, int x, int y, float pressure, float time);
 int IPD_EndOneStroke(void* context);
 /// Appends a deep copy of the record to the action log.
 int IPD_RecordEvent(void* context, const SelectionEventRecord* record);

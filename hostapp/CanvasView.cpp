@@ -56,8 +56,7 @@ std::string at(const char* what, kit::Point p)
 
 } // namespace
 
-CanvasView::CanvasView(const kit::Rect& frame)
-    : kit::View(frame)
+CanvasView::CanvasView(const kit::Rect& frame) : kit::View(frame)
 {
     registerForDraggedTypes({ kit::FilenamesPboardType });
 }
@@ -219,7 +218,7 @@ void CanvasView::zoomBy(double factor)
 
 void CanvasView::mouseEntered(const kit::Event&) { kit::Cursor::arrowCursor()->set(); }
 
-void CanvasView::mouseExited(const kit::Event&) { }
+void CanvasView::mouseExited(const kit::Event&) {}
 
 bool CanvasView::editingText() const
 {
@@ -342,14 +341,15 @@ CanvasView::ViewMapping CanvasView::viewMapping() const
 {
     const engine::ViewRect view = m_document->viewRect();
     return { float(m_document->viewSize().width) / float(view.width), float(view.x + view.width / 2),
-             float(view.y + view.height / 2) };
+        float(view.y + view.height / 2) };
 }
 
 kit::Point CanvasView::viewPointOfCanvasPoint(kit::Point canvas) const
 {
     const ViewMapping m = viewMapping();
     const kit::Size size = bounds().size;
-    return { size.width * 0.5f + (canvas.x - m.centreX) * m.zoom, size.height * 0.5f - (canvas.y - m.centreY) * m.zoom };
+    return { size.width * 0.5f + (canvas.x - m.centreX) * m.zoom,
+        size.height * 0.5f - (canvas.y - m.centreY) * m.zoom };
 }
 
 kit::Point CanvasView::canvasPointOfViewPoint(kit::Point point) const

@@ -126,7 +126,7 @@ bool samePixels(const std::filesystem::path& a, const std::filesystem::path& b)
 }
 
 bool runScript(const PluginModule& table, std::string_view text, const char* name, const std::filesystem::path& outDir,
-               std::ostream& report, std::string& error)
+    std::ostream& report, std::string& error)
 {
     auto script = SessionScript::parse(text, name, error);
     if (!script)
@@ -139,9 +139,9 @@ bool runScript(const PluginModule& table, std::string_view text, const char* nam
 
 bool runDemo(const PluginModule& table, const std::filesystem::path& outDir, std::ostream& report, std::string& error)
 {
-    if (!writeDemoPicture(outDir / "demo-picture.png", error) ||
-        !runScript(table, demoScript(), "demo", outDir, report, error) ||
-        !runScript(table, demoReplayScript(), "demo-replay", outDir, report, error))
+    if (!writeDemoPicture(outDir / "demo-picture.png", error)
+        || !runScript(table, demoScript(), "demo", outDir, report, error)
+        || !runScript(table, demoReplayScript(), "demo-replay", outDir, report, error))
         return false;
     if (!samePixels(outDir / "demo-mask.png", outDir / "demo-replayed-mask.png")) {
         error = "demo: the replayed mask differs from the original";

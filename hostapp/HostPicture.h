@@ -24,10 +24,7 @@ public:
     static constexpr std::int32_t kInvertSelectionKind = 204; ///< no text
     static constexpr const char* kRecordName = "Host";
 
-    explicit HostPicture(engine::Document& document)
-        : m_document(document)
-    {
-    }
+    explicit HostPicture(engine::Document& document) : m_document(document) {}
 
     static bool isHostRecord(const SelectionEventRecord& record);
 

@@ -75,11 +75,7 @@ private:
 /// Turns the window system's events into the host's kit events and module-table calls.
 class EventPump {
 public:
-    EventPump(SessionRunner& runner, const PluginModule& table)
-        : m_runner(runner)
-        , m_table(table)
-    {
-    }
+    EventPump(SessionRunner& runner, const PluginModule& table) : m_runner(runner), m_table(table) {}
 
     /// False when the window is to close.
     bool handle(const SDL_Event& e)
@@ -265,10 +261,7 @@ private:
 /// after a change, the outline's area for a step of the ants.
 class Screen {
 public:
-    explicit Screen(SDL_Window* window)
-        : m_window(window)
-    {
-    }
+    explicit Screen(SDL_Window* window) : m_window(window) {}
 
     /// Redraws `dirty` (window points, y up; all of it when empty) and puts it on the screen.
     void show(kit::Window& window, std::vector<kit::Rect> dirty)

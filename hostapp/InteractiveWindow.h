@@ -22,8 +22,7 @@ class InteractiveWindow {
 public:
     /// `picture`, when not empty, is opened as the canvas picture once the window is up.
     explicit InteractiveWindow(const PluginModule& table, std::string picture = {})
-        : m_table(table)
-        , m_picture(std::move(picture))
+        : m_table(table), m_picture(std::move(picture))
     {
     }
 

@@ -44,10 +44,7 @@ public:
     bool apply(engine::Document& document, std::string& problem) const;
 
 private:
-    explicit PictureFilter(std::string name)
-        : m_name(std::move(name))
-    {
-    }
+    explicit PictureFilter(std::string name) : m_name(std::move(name)) {}
     /// The filtered canvas picture, premultiplied RGBA, or nothing when it cannot be rendered.
     std::optional<std::vector<std::uint8_t>> render(
         const std::vector<std::uint8_t>& picture, int width, int height) const;

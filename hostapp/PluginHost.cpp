@@ -12,13 +12,15 @@ namespace hostapp {
 std::unique_ptr<PluginHost> PluginHost::loadInstalled(std::string& error)
 {
     const std::string bundleFile = std::string(kBundleName) + ".bundle";
-    const auto path = std::filesystem::path(kit::Bundle::mainBundle().bundlePath()) / "Contents" / "PlugIns" / bundleFile;
+    const auto path
+        = std::filesystem::path(kit::Bundle::mainBundle().bundlePath()) / "Contents" / "PlugIns" / bundleFile;
     return load(path.string(), error);
 }
 
 std::unique_ptr<PluginHost> PluginHost::load(const std::string& bundlePath, std::string& error)
 {
-    const auto library = std::filesystem::path(bundlePath) / "Contents" / "lib" / ("lib" + std::string(kBundleName) + ".so");
+    const auto library
+        = std::filesystem::path(bundlePath) / "Contents" / "lib" / ("lib" + std::string(kBundleName) + ".so");
     std::error_code ec;
     if (!std::filesystem::exists(library, ec)) {
         error = "plug-in not found: " + library.string();

@@ -1,10 +1,10 @@
 // SessionRunner: carries out a session script against the plug-in and a fresh document.
 #pragma once
 
-#include "module/PluginModule.h"
 #include "hostapp/CanvasWindow.h"
 #include "hostapp/SessionScript.h"
 #include "kit/Event.h"
+#include "module/PluginModule.h"
 
 #include <filesystem>
 #include <memory>

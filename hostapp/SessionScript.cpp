@@ -14,13 +14,13 @@ namespace hostapp {
 namespace {
 
 enum class Arg {
-    Extent,  ///< a whole number of pixels or points from 1 to kMaxExtent
-    Coord,   ///< a whole number within +-kMaxCoord
+    Extent, ///< a whole number of pixels or points from 1 to kMaxExtent
+    Coord, ///< a whole number within +-kMaxCoord
     Seconds, ///< a finite number of seconds from 0 to kMaxSeconds
-    Point,   ///< a window coordinate: any number within +-kMaxPoint
-    Clicks,  ///< a click count from 1 to kMaxClicks
-    Key,     ///< one key name or one character
-    Rest,    ///< the rest of the line
+    Point, ///< a window coordinate: any number within +-kMaxPoint
+    Clicks, ///< a click count from 1 to kMaxClicks
+    Key, ///< one key name or one character
+    Rest, ///< the rest of the line
 };
 
 constexpr double kMaxExtent = 30000;
@@ -126,8 +126,7 @@ std::string checkNumber(const std::string& word, Arg kind, double& value)
             return quotedWord(word) + " must be a click count from 1 to 9";
         return {};
     case Arg::Key:
-    case Arg::Rest:
-        return {};
+    case Arg::Rest: return {};
     }
     return {};
 }
@@ -135,7 +134,8 @@ std::string checkNumber(const std::string& word, Arg kind, double& value)
 /// The number of characters (UTF-8 code points) in a word.
 std::size_t codePoints(const std::string& word)
 {
-    return std::size_t(std::count_if(word.begin(), word.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
+    return std::size_t(
+        std::count_if(word.begin(), word.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
 }
 
 std::string checkKey(const std::string& word)

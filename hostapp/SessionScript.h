@@ -16,7 +16,7 @@ struct SessionCommand {
     int line = 0;
     std::string name;
     std::vector<double> numbers; ///< numeric arguments, in order
-    std::string text;            ///< the file or text argument, when the command takes one
+    std::string text; ///< the file or text argument, when the command takes one
 };
 
 class SessionScript {

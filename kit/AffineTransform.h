@@ -9,10 +9,7 @@ namespace kit {
 struct AffineTransform {
     double a = 1, b = 0, c = 0, d = 1, tx = 0, ty = 0;
 
-    Point apply(Point p) const
-    {
-        return { float(a * p.x + c * p.y + tx), float(b * p.x + d * p.y + ty) };
-    }
+    Point apply(Point p) const { return { float(a * p.x + c * p.y + tx), float(b * p.x + d * p.y + ty) }; }
     bool operator==(const AffineTransform&) const = default;
 };
 

@@ -50,7 +50,7 @@ unsigned divideBy255(unsigned v)
 } // namespace
 
 RefPtr<BitmapContext> BitmapContext::create(void* data, int width, int height, int bitsPerComponent,
-                                            std::size_t bytesPerRow, const ColorSpace* space, std::uint32_t bitmapInfo)
+    std::size_t bytesPerRow, const ColorSpace* space, std::uint32_t bitmapInfo)
 {
     if (!data || width <= 0 || height <= 0 || bitsPerComponent != 8 || !space || space->numberOfComponents() != 3
         || bitmapInfo != ImageAlphaPremultipliedLast || bytesPerRow / 4 < std::size_t(width))
@@ -59,8 +59,12 @@ RefPtr<BitmapContext> BitmapContext::create(void* data, int width, int height, i
 }
 
 BitmapContext::BitmapContext(std::uint8_t* data, int width, int height, std::size_t bytesPerRow, bool srgb)
-    : m_data(data), m_width(width), m_height(height), m_bytesPerRow(bytesPerRow), m_srgb(srgb),
-      m_path(MutablePath::create())
+    : m_data(data)
+    , m_width(width)
+    , m_height(height)
+    , m_bytesPerRow(bytesPerRow)
+    , m_srgb(srgb)
+    , m_path(MutablePath::create())
 {
 }
 

@@ -35,7 +35,7 @@ public:
     /// ImageAlphaPremultipliedLast, an RGB colour space, width and height above 0, at least
     /// width x 4 bytes per row) and data is not null.
     static RefPtr<BitmapContext> create(void* data, int width, int height, int bitsPerComponent,
-                                        std::size_t bytesPerRow, const ColorSpace* space, std::uint32_t bitmapInfo);
+        std::size_t bytesPerRow, const ColorSpace* space, std::uint32_t bitmapInfo);
 
     int width() const { return m_width; }
     int height() const { return m_height; }

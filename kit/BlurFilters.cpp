@@ -244,7 +244,8 @@ public:
                 y1 = std::max(y1, m_centre.y + (y - m_centre.y) * scale);
             }
         }
-        const PixelArea reach = PixelArea::enclosing(Rect(float(x0), float(y0), float(x1 - x0), float(y1 - y0))).grown(1, 1);
+        const PixelArea reach
+            = PixelArea::enclosing(Rect(float(x0), float(y0), float(x1 - x0), float(y1 - y0))).grown(1, 1);
         const PixelArea needed = reach.intersected(PixelArea::enclosing(m_input->extent()));
         RenderedArea source;
         if (!needed.isEmpty() && !source.render(*m_input, needed))
@@ -259,7 +260,8 @@ public:
                 for (double scale : m_scales) {
                     if (needed.isEmpty())
                         break;
-                    source.sample(m_centre.x + (px - m_centre.x) * scale, m_centre.y + (py - m_centre.y) * scale, sample);
+                    source.sample(
+                        m_centre.x + (px - m_centre.x) * scale, m_centre.y + (py - m_centre.y) * scale, sample);
                     for (int c = 0; c < 4; ++c)
                         sum[c] += sample[c];
                 }

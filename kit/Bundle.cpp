@@ -28,8 +28,8 @@ RefPtr<Bundle> Bundle::bundleWithPath(const std::string& path)
 
 std::string Bundle::resourcePath() const { return (fs::path(m_path) / "Contents" / "Resources").string(); }
 
-std::optional<std::string> Bundle::pathForResource(const std::string& name, const std::string& type,
-                                                   const std::string& directory) const
+std::optional<std::string> Bundle::pathForResource(
+    const std::string& name, const std::string& type, const std::string& directory) const
 {
     if (m_path.empty() || name.empty())
         return std::nullopt;

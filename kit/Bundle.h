@@ -23,13 +23,13 @@ public:
     std::string resourcePath() const;
     /// `<resource folder>/<directory>/<name>.<type>`, normalised, when that file or folder
     /// exists; the type may be empty (no dot is added then).
-    std::optional<std::string> pathForResource(const std::string& name, const std::string& type,
-                                               const std::string& directory = {}) const;
+    std::optional<std::string> pathForResource(
+        const std::string& name, const std::string& type, const std::string& directory = {}) const;
 
     /// The value for `key` in the strings table `table` (default "Localizable") of the
     /// resource folder; `value`, or the key itself when `value` is empty, when there is none.
-    std::string localizedString(const std::string& key, const std::string& value = {},
-                                const std::string& table = {}) const;
+    std::string localizedString(
+        const std::string& key, const std::string& value = {}, const std::string& table = {}) const;
 
 private:
     explicit Bundle(std::string path) : m_path(std::move(path)) {}

@@ -20,17 +20,17 @@ RefPtr<BezierPath> roundedRect(const Rect& r, float radius)
     RefPtr<BezierPath> path = BezierPath::bezierPath();
     path->moveToPoint({ r.minX() + radius, r.minY() });
     path->lineToPoint({ r.maxX() - radius, r.minY() });
-    path->curveToPointControlPoint1ControlPoint2({ r.maxX(), r.minY() + radius }, { r.maxX() - k, r.minY() },
-                                                 { r.maxX(), r.minY() + k });
+    path->curveToPointControlPoint1ControlPoint2(
+        { r.maxX(), r.minY() + radius }, { r.maxX() - k, r.minY() }, { r.maxX(), r.minY() + k });
     path->lineToPoint({ r.maxX(), r.maxY() - radius });
-    path->curveToPointControlPoint1ControlPoint2({ r.maxX() - radius, r.maxY() }, { r.maxX(), r.maxY() - k },
-                                                 { r.maxX() - k, r.maxY() });
+    path->curveToPointControlPoint1ControlPoint2(
+        { r.maxX() - radius, r.maxY() }, { r.maxX(), r.maxY() - k }, { r.maxX() - k, r.maxY() });
     path->lineToPoint({ r.minX() + radius, r.maxY() });
-    path->curveToPointControlPoint1ControlPoint2({ r.minX(), r.maxY() - radius }, { r.minX() + k, r.maxY() },
-                                                 { r.minX(), r.maxY() - k });
+    path->curveToPointControlPoint1ControlPoint2(
+        { r.minX(), r.maxY() - radius }, { r.minX() + k, r.maxY() }, { r.minX(), r.maxY() - k });
     path->lineToPoint({ r.minX(), r.minY() + radius });
-    path->curveToPointControlPoint1ControlPoint2({ r.minX() + radius, r.minY() }, { r.minX(), r.minY() + k },
-                                                 { r.minX() + k, r.minY() });
+    path->curveToPointControlPoint1ControlPoint2(
+        { r.minX() + radius, r.minY() }, { r.minX(), r.minY() + k }, { r.minX() + k, r.minY() });
     path->closePath();
     return path;
 }
@@ -173,7 +173,7 @@ void Button::mouseUp(const Event& event)
 void Button::drawBezel(GraphicsContext& context, const Rect& box) const
 {
     const bool pressed = (m_highlighted && m_type != MomentaryChangeButton)
-                         || (m_state == OnState && (m_type == PushOnPushOffButton || m_type == OnOffButton));
+        || (m_state == OnState && (m_type == PushOnPushOffButton || m_type == OnOffButton));
     RefPtr<BezierPath> bezel
         = roundedRect({ box.minX() + 0.5f, box.minY() + 0.5f, box.width() - 1, box.height() - 1 }, 4);
     context.setFillColor(pressed ? Color::colorWithCalibratedWhiteAlpha(0.78f, 1) : Color::controlColor());

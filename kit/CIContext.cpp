@@ -51,8 +51,8 @@ bool CIContext::draw(const CIImage* image, const Rect& inRect, const Rect& fromR
             clearAll();
         return true;
     }
-    const bool oneForOne = inRect.size == fromRect.size && whole(inRect.x()) && whole(inRect.y())
-        && whole(fromRect.x()) && whole(fromRect.y()) && whole(inRect.width()) && whole(inRect.height());
+    const bool oneForOne = inRect.size == fromRect.size && whole(inRect.x()) && whole(inRect.y()) && whole(fromRect.x())
+        && whole(fromRect.y()) && whole(inRect.width()) && whole(inRect.height());
     if (!oneForOne) {
         if (replace)
             clearAll();
@@ -79,17 +79,21 @@ bool CIContext::drawScaled(const CIImage* image, const Rect& inRect, const Rect&
 {
     const long long W = m_context->width(), H = m_context->height();
     const double sx = double(fromRect.width()) / inRect.width(), sy = double(fromRect.height()) / inRect.height();
-    const long long x0 = std::max(0LL, (long long)std::floor(inRect.minX())), y0 = std::max(0LL, (long long)std::floor(inRect.minY()));
-    const long long x1 = std::min(W, (long long)std::ceil(inRect.maxX())), y1 = std::min(H, (long long)std::ceil(inRect.maxY()));
+    const long long x0 = std::max(0LL, (long long)std::floor(inRect.minX())),
+                    y0 = std::max(0LL, (long long)std::floor(inRect.minY()));
+    const long long x1 = std::min(W, (long long)std::ceil(inRect.maxX())),
+                    y1 = std::min(H, (long long)std::ceil(inRect.maxY()));
     if (x1 <= x0 || y1 <= y0)
         return true;
     // The source pixels bilinear sampling can reach, plus one on each side.
     const long long fx = (long long)std::floor(fromRect.minX()) - 1, fy = (long long)std::floor(fromRect.minY()) - 1;
-    const long long fw = (long long)std::ceil(fromRect.maxX()) + 1 - fx, fh = (long long)std::ceil(fromRect.maxY()) + 1 - fy;
+    const long long fw = (long long)std::ceil(fromRect.maxX()) + 1 - fx,
+                    fh = (long long)std::ceil(fromRect.maxY()) + 1 - fy;
     if (fw * fh > (1LL << 28))
         return false;
     std::vector<std::uint8_t> source(std::size_t(fw * fh * 4), 0);
-    if (!image->drawArea(int(fx), int(fy), int(fw), int(fh), source.data(), std::ptrdiff_t(fw * 4), false, m_space.get()))
+    if (!image->drawArea(
+            int(fx), int(fy), int(fw), int(fh), source.data(), std::ptrdiff_t(fw * 4), false, m_space.get()))
         return false;
     auto texel = [&](long long x, long long y, int c) -> double {
         if (x < 0 || y < 0 || x >= fw || y >= fh)
@@ -121,8 +125,8 @@ bool CIContext::drawScaled(const CIImage* image, const Rect& inRect, const Rect&
             }
         }
         const auto row = (long long)flippedY(double(y + 1), double(H));
-        pixelkernels::compositeOver(line.data(), m_context->data() + std::size_t(row) * m_context->bytesPerRow() + std::size_t(x0) * 4,
-                                    line.size() / 4);
+        pixelkernels::compositeOver(line.data(),
+            m_context->data() + std::size_t(row) * m_context->bytesPerRow() + std::size_t(x0) * 4, line.size() / 4);
     }
     return true;
 }

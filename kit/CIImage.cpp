@@ -137,8 +137,8 @@ PixelArea PixelArea::enclosing(const Rect& r)
     return { (long long)x0, (long long)y0, (long long)(x1 - x0), (long long)(y1 - y0) };
 }
 
-RefPtr<CIImage> CIImage::imageWithBitmapData(RefPtr<Data> data, std::size_t bytesPerRow, Size size, CIFormat format,
-                                             const ColorSpace* colorSpace)
+RefPtr<CIImage> CIImage::imageWithBitmapData(
+    RefPtr<Data> data, std::size_t bytesPerRow, Size size, CIFormat format, const ColorSpace* colorSpace)
 {
     const float w = size.width, h = size.height;
     if (!data || !colorSpace || colorSpace->numberOfComponents() != 3)
@@ -312,7 +312,8 @@ bool CIImage::drawBitmapArea(
     for (long long band = inside.maxY(); band > inside.y; --band) {
         const auto memoryRow = (long long)flippedY(double(band), double(imageHeight));
         const auto outRow = (long long)flippedY(double(band), double(area.maxY()));
-        const std::uint8_t* source = m_data->bytes() + std::size_t(memoryRow) * m_bytesPerRow + std::size_t(inside.x) * 4;
+        const std::uint8_t* source
+            = m_data->bytes() + std::size_t(memoryRow) * m_bytesPerRow + std::size_t(inside.x) * 4;
         std::memcpy(row.data(), source, row.size() * 4);
         if (m_format == CIFormatARGB8) {
             // A, R, G, B in memory is the little-endian word A | R << 8 | ...: a byte's rotation

@@ -30,8 +30,8 @@ public:
     /// is kept, not copied. Null unless the size is whole and positive, the format known, the
     /// colour space RGB, bytesPerRow at least width x 4 and the data long enough. Data named
     /// with sRGB is decoded to linear light as the chain reads it.
-    static RefPtr<CIImage> imageWithBitmapData(RefPtr<Data> data, std::size_t bytesPerRow, Size size,
-                                               CIFormat format, const ColorSpace* colorSpace);
+    static RefPtr<CIImage> imageWithBitmapData(
+        RefPtr<Data> data, std::size_t bytesPerRow, Size size, CIFormat format, const ColorSpace* colorSpace);
     /// The input blurred by a Gaussian of standard deviation `sigma`; its extent grows by
     /// ceil(3 sigma) on every side. Below sigma 0.16 the pixels pass unchanged (the kernel's side
     /// weights are below 1e-8); a sigma that is not above 0 gives the input itself.
@@ -84,8 +84,8 @@ private:
     bool drawBlurArea(
         int x, int y, int width, int height, std::uint8_t* rgba, std::ptrdiff_t rowStride, bool replace) const;
     bool drawBytes(const PixelArea& area, std::uint8_t* out, std::ptrdiff_t rowStride, bool replace, bool srgb) const;
-    bool drawRenderedArea(
-        int x, int y, int width, int height, std::uint8_t* rgba, std::ptrdiff_t rowStride, bool replace, bool srgb) const;
+    bool drawRenderedArea(int x, int y, int width, int height, std::uint8_t* rgba, std::ptrdiff_t rowStride,
+        bool replace, bool srgb) const;
 
     Kind m_kind;
     Rect m_extent;

@@ -141,7 +141,8 @@ RefPtr<CIImage> gammaAdjust(const CIFilter& filter)
     return mapped(filter, ColorMapRecipe::unpremultiplied([power](float* rgb) {
         for (int c = 0; c < 3; ++c)
             rgb[c] = std::copysign(std::pow(std::fabs(rgb[c]), power), rgb[c]);
-    }), true);
+    }),
+        true);
 }
 
 RefPtr<CIImage> hueAdjust(const CIFilter& filter)
@@ -165,7 +166,8 @@ RefPtr<CIImage> vibrance(const CIFilter& filter)
                 m[std::size_t(row * 3 + column)] = (1 - keep) * kLuma[column] + (row == column ? keep : 0);
         return matrixMapped(filter, m);
     }
-    const float v[4] = { 3 * a, -4.5f * a * a - 1.5f * a, 4.5f * a * a * a - 0.5f * a, -4.5f * a * a * a + 4.5f * a * a - a };
+    const float v[4]
+        = { 3 * a, -4.5f * a * a - 1.5f * a, 4.5f * a * a * a - 0.5f * a, -4.5f * a * a * a + 4.5f * a * a - a };
     return mapped(filter, ColorMapRecipe::unpremultiplied([v](float* c) {
         float q[3];
         for (int i = 0; i < 3; ++i)
@@ -177,8 +179,7 @@ RefPtr<CIImage> vibrance(const CIFilter& filter)
         const float saturation = std::max({ terms[0], terms[1], terms[2] });
         const float skinTone = std::min(q[0] - q[1], 2 * q[1] - q[2]) * (1 - terms[0]) / m;
         const float skin = 0.15f + 0.7f * std::clamp(4 * skinTone, 0.0f, 1.0f);
-        const float boost
-            = (v[0] + saturation * (v[1] + saturation * (v[2] + saturation * v[3]))) * (1 - skin);
+        const float boost = (v[0] + saturation * (v[1] + saturation * (v[2] + saturation * v[3]))) * (1 - skin);
         for (int i = 0; i < 3; ++i)
             c[i] = unit(q[i] + (q[i] - m) * boost) + (c[i] - q[i]);
     }));
@@ -189,7 +190,8 @@ RefPtr<CIImage> colorInvert(const CIFilter& filter)
     return mapped(filter, ColorMapRecipe::unpremultiplied([](float* rgb) {
         for (int c = 0; c < 3; ++c)
             rgb[c] = 1 - rgb[c];
-    }), true);
+    }),
+        true);
 }
 
 RefPtr<CIImage> colorPosterize(const CIFilter& filter)
@@ -199,7 +201,8 @@ RefPtr<CIImage> colorPosterize(const CIFilter& filter)
     return mapped(filter, ColorMapRecipe::unpremultiplied([levels](float* rgb) {
         for (int c = 0; c < 3; ++c)
             rgb[c] = linearlight::toLinear(std::floor(linearlight::toSRGB(rgb[c]) * levels + 0.5f) / levels);
-    }), true);
+    }),
+        true);
 }
 
 RefPtr<CIImage> photoEffectChrome(const CIFilter& filter)
@@ -222,9 +225,8 @@ RefPtr<CIImage> photoEffectInstant(const CIFilter& filter)
 
 RefPtr<CIImage> photoEffectMono(const CIFilter& filter)
 {
-    static const ColorCube cube([](const double in[3], double out[3]) {
-        out[0] = out[1] = out[2] = 0.06 + 0.88 * effectLuminance(in);
-    });
+    static const ColorCube cube(
+        [](const double in[3], double out[3]) { out[0] = out[1] = out[2] = 0.06 + 0.88 * effectLuminance(in); });
     return effect(filter, cube);
 }
 

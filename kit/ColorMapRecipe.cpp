@@ -77,8 +77,8 @@ bool ColorMapRecipe::drawBytes(const PixelArea& area, std::uint8_t* rgba, std::p
         }
         return true;
     }
-    if (!m_input->drawArea(int(area.x), int(area.y), int(area.width), int(area.height), rgba, stride, true,
-            spaces[srgb].get()))
+    if (!m_input->drawArea(
+            int(area.x), int(area.y), int(area.width), int(area.height), rgba, stride, true, spaces[srgb].get()))
         return false;
     const std::uint8_t* table = byteTable(srgb).data();
     for (long long r = 0; r < area.height; ++r) {

@@ -28,7 +28,9 @@ public:
 
 private:
     Cursor(std::string name, RefPtr<Image> image, Point hotSpot)
-        : m_name(std::move(name)), m_image(std::move(image)), m_hotSpot(hotSpot) {}
+        : m_name(std::move(name)), m_image(std::move(image)), m_hotSpot(hotSpot)
+    {
+    }
 
     std::string m_name;
     RefPtr<Image> m_image;

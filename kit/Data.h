@@ -25,7 +25,9 @@ public:
 
 private:
     Data(std::uint8_t* bytes, std::size_t length, bool freeWhenDone)
-        : m_bytes(bytes), m_length(length), m_freeWhenDone(freeWhenDone) {}
+        : m_bytes(bytes), m_length(length), m_freeWhenDone(freeWhenDone)
+    {
+    }
     explicit Data(std::vector<std::uint8_t> copy);
     ~Data() override;
 

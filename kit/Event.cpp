@@ -38,14 +38,12 @@ bool Event::isMouseEvent() const
     case EventType::LeftMouseDragged:
     case EventType::RightMouseDown:
     case EventType::RightMouseUp:
-    case EventType::MouseMoved:
-        return true;
+    case EventType::MouseMoved: return true;
     case EventType::MouseEntered:
     case EventType::MouseExited:
     case EventType::KeyDown:
     case EventType::KeyUp:
-    case EventType::CursorUpdate:
-        return false;
+    case EventType::CursorUpdate: return false;
     }
     return false;
 }

@@ -51,7 +51,8 @@ enum ModifierFlags : unsigned {
 class Event final {
 public:
     static Event mouse(EventType type, Point location, int clickCount = 1, double timestamp = 0);
-    static Event key(EventType type, std::string characters, unsigned short keyCode = KeyCodeNone, double timestamp = 0);
+    static Event key(
+        EventType type, std::string characters, unsigned short keyCode = KeyCodeNone, double timestamp = 0);
     /// An entered, exited, moved or cursor-update event that a tracking area sends its owner.
     static Event tracking(EventType type, Point location, TrackingArea* area, double timestamp = 0);
 

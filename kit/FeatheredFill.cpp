@@ -102,10 +102,7 @@ void decimate(
 } // namespace
 
 FeatheredFill::FeatheredFill(std::uint8_t* pixels, int width, int height, double sigma)
-    : m_pixels(pixels)
-    , m_width(width)
-    , m_height(height)
-    , m_sigma(sigma)
+    : m_pixels(pixels), m_width(width), m_height(height), m_sigma(sigma)
 {
 }
 

@@ -34,8 +34,8 @@ template <class D> struct Sections {
     }
 };
 
-void BlurRows(const GaussianBlur::Coefficients& c, const FloatPixels& pixels, long long width, long long height,
-              float* scratch)
+void BlurRows(
+    const GaussianBlur::Coefficients& c, const FloatPixels& pixels, long long width, long long height, float* scratch)
 {
     const FlushDenormals flush;
     const hn::CappedTag<float, 4> d;
@@ -66,8 +66,8 @@ void BlurRows(const GaussianBlur::Coefficients& c, const FloatPixels& pixels, lo
     }
 }
 
-void BlurColumns(const GaussianBlur::Coefficients& c, const FloatPixels& pixels, long long width, long long height,
-                 float* scratch)
+void BlurColumns(
+    const GaussianBlur::Coefficients& c, const FloatPixels& pixels, long long width, long long height, float* scratch)
 {
     const FlushDenormals flush;
     const hn::CappedTag<float, 16> d;
@@ -131,14 +131,14 @@ namespace kit::floatblurkernels {
 HWY_EXPORT(BlurRows);
 HWY_EXPORT(BlurColumns);
 
-void blurRows(const GaussianBlur::Coefficients& c, const FloatPixels& pixels, long long width, long long height,
-              float* scratch)
+void blurRows(
+    const GaussianBlur::Coefficients& c, const FloatPixels& pixels, long long width, long long height, float* scratch)
 {
     HWY_DYNAMIC_DISPATCH(BlurRows)(c, pixels, width, height, scratch);
 }
 
-void blurColumns(const GaussianBlur::Coefficients& c, const FloatPixels& pixels, long long width, long long height,
-                 float* scratch)
+void blurColumns(
+    const GaussianBlur::Coefficients& c, const FloatPixels& pixels, long long width, long long height, float* scratch)
 {
     HWY_DYNAMIC_DISPATCH(BlurColumns)(c, pixels, width, height, scratch);
 }

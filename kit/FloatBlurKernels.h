@@ -11,10 +11,10 @@ constexpr long long kStrip = 32;
 
 /// Blurs every row of `width` x `height` RGBA pixels in place with the recursion `c`;
 /// `scratch` holds width x 4 floats.
-void blurRows(const GaussianBlur::Coefficients& c, const FloatPixels& pixels, long long width, long long height,
-              float* scratch);
+void blurRows(
+    const GaussianBlur::Coefficients& c, const FloatPixels& pixels, long long width, long long height, float* scratch);
 /// The same down the columns; `scratch` holds height x kStrip floats.
-void blurColumns(const GaussianBlur::Coefficients& c, const FloatPixels& pixels, long long width, long long height,
-                 float* scratch);
+void blurColumns(
+    const GaussianBlur::Coefficients& c, const FloatPixels& pixels, long long width, long long height, float* scratch);
 
 } // namespace kit::floatblurkernels

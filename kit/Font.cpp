@@ -134,8 +134,9 @@ RefPtr<Font> Font::condensedSystemFontOfSize(float size)
         return font;
     static std::once_flag noted;
     std::call_once(noted, [] {
-        std::fprintf(stderr, "font \"DejaVu Sans Condensed\" not found through fontconfig (install "
-                             "fonts-dejavu-extra); narrow fields use \"DejaVu Sans\" and may clip\n");
+        std::fprintf(stderr,
+            "font \"DejaVu Sans Condensed\" not found through fontconfig (install "
+            "fonts-dejavu-extra); narrow fields use \"DejaVu Sans\" and may clip\n");
     });
     return systemFontOfSize(size);
 }

@@ -19,10 +19,10 @@ namespace {
 
 // exp(-t^2 / 2) for t >= 0 as the sum of two damped cosine-sine pairs
 // Re(alpha_k e^(-lambda_k t)); Deriche's fourth-order fit.
-constexpr double kAlpha[2][2] = { { 1.6797292232361107, -3.7348298269103580 },
-                                  { -0.6802783501806897, 0.2598300478959625 } };
-constexpr double kLambda[2][2] = { { 1.7831906544515104, -0.6318113174569493 },
-                                   { 1.7228297663338028, -1.9969276832487770 } };
+constexpr double kAlpha[2][2]
+    = { { 1.6797292232361107, -3.7348298269103580 }, { -0.6802783501806897, 0.2598300478959625 } };
+constexpr double kLambda[2][2]
+    = { { 1.7831906544515104, -0.6318113174569493 }, { 1.7228297663338028, -1.9969276832487770 } };
 
 GaussianBlur::Coefficients coefficientsFor(double sigma)
 {

@@ -6,8 +6,8 @@
 // vertical pass reads every strip front to back instead of striding down the image.
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "kit/GaussianBlurKernels.cpp"
-#include <hwy/foreach_target.h> // IWYU pragma: keep
 #include <hwy/cache_control.h>
+#include <hwy/foreach_target.h> // IWYU pragma: keep
 #include <hwy/highway.h>
 
 #include "kit/BlurTiles.h"
@@ -206,8 +206,8 @@ HWY_INLINE void anticausal(const GaussianBlur::Coefficients& c, const Sections& 
 // Runs `pass(from, to, before, after)` over the whole line, or with `tiles` over each stretch of
 // mixed tiles along `line` only.
 template <class Pass>
-HWY_INLINE void overMixedRuns(const BlurTiles* tiles, bool acrossColumns, std::size_t line, std::size_t length,
-    float levelScale, Pass&& pass)
+HWY_INLINE void overMixedRuns(
+    const BlurTiles* tiles, bool acrossColumns, std::size_t line, std::size_t length, float levelScale, Pass&& pass)
 {
     if (!tiles) {
         pass(std::size_t(0), length, 0.0f, 0.0f);

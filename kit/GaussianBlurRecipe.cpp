@@ -18,12 +18,12 @@ constexpr long long kMaxPixels = 1LL << 28;
 
 } // namespace
 
-GaussianBlurRecipe::GaussianBlurRecipe(RefPtr<CIImage> input, double sigma)
-    : m_input(std::move(input)), m_blur(sigma)
+GaussianBlurRecipe::GaussianBlurRecipe(RefPtr<CIImage> input, double sigma) : m_input(std::move(input)), m_blur(sigma)
 {
     const float grow = float(std::ceil(3 * sigma));
     const Rect in = m_input->extent();
-    m_extent = isInfinite(in) ? in : Rect(in.minX() - grow, in.minY() - grow, in.width() + 2 * grow, in.height() + 2 * grow);
+    m_extent
+        = isInfinite(in) ? in : Rect(in.minX() - grow, in.minY() - grow, in.width() + 2 * grow, in.height() + 2 * grow);
     if (m_blur.isIdentity() || sigma > kMaxDirectSigma)
         return;
     // Beyond 4.5 sigma each side holds less than 4e-6 of the weight.
@@ -41,7 +41,8 @@ bool GaussianBlurRecipe::drawBytes(const PixelArea& area, std::uint8_t* rgba, st
     if (m_blur.isIdentity())
         return false;
     if (!m_weights.empty())
-        return srgb && m_input->isBitmapEncoded(true) && BandBlur::drawWeighted(*m_input, m_weights, area, rgba, stride);
+        return srgb && m_input->isBitmapEncoded(true)
+            && BandBlur::drawWeighted(*m_input, m_weights, area, rgba, stride);
     // The recursion's own rows are encoded where they lie, with no copy of the area in floats.
     return blurred(area, [&](const FloatPixels& pixels, long long top, long long left) {
         for (long long r = 0; r < area.height; ++r)

@@ -31,7 +31,8 @@ public:
 private:
     // Blurs the input over the area and its reach and hands `take` the floats, with the row and
     // float where the area starts in them.
-    bool blurred(const PixelArea& area, const std::function<void(const FloatPixels&, long long, long long)>& take) const;
+    bool blurred(
+        const PixelArea& area, const std::function<void(const FloatPixels&, long long, long long)>& take) const;
 
     RefPtr<CIImage> m_input;
     GaussianBlur m_blur;

@@ -90,7 +90,12 @@ RefPtr<GraphicsContext> GraphicsContext::create(int pixelsWide, int pixelsHigh)
 }
 
 GraphicsContext::GraphicsContext(std::vector<std::uint8_t> pixels, cairo_surface_t* surface, int width, int height)
-    : m_pixels(std::move(pixels)), m_surface(surface), m_cairo(cairo_create(surface)), m_width(width), m_height(height), m_states(1)
+    : m_pixels(std::move(pixels))
+    , m_surface(surface)
+    , m_cairo(cairo_create(surface))
+    , m_width(width)
+    , m_height(height)
+    , m_states(1)
 {
     // The image's rows run top down; the kit's user space runs bottom up.
     flipVertically(0, float(height));
@@ -222,8 +227,8 @@ Rect GraphicsContext::clipBoundingBox() const
 
 void GraphicsContext::setSource(const Color& color)
 {
-    cairo_set_source_rgba(m_cairo, color.redComponent(), color.greenComponent(), color.blueComponent(),
-                          color.alphaComponent());
+    cairo_set_source_rgba(
+        m_cairo, color.redComponent(), color.greenComponent(), color.blueComponent(), color.alphaComponent());
 }
 
 void GraphicsContext::fillRect(const Rect& rect)
@@ -278,8 +283,8 @@ bool GraphicsContext::addPath(const BezierPath& path)
         case MoveToBezierPathElement: cairo_move_to(m_cairo, e.points[0].x, e.points[0].y); break;
         case LineToBezierPathElement: cairo_line_to(m_cairo, e.points[0].x, e.points[0].y); break;
         case CurveToBezierPathElement:
-            cairo_curve_to(m_cairo, e.points[1].x, e.points[1].y, e.points[2].x, e.points[2].y, e.points[0].x,
-                           e.points[0].y);
+            cairo_curve_to(
+                m_cairo, e.points[1].x, e.points[1].y, e.points[2].x, e.points[2].y, e.points[0].x, e.points[0].y);
             break;
         case ClosePathBezierPathElement: cairo_close_path(m_cairo); break;
         }
@@ -291,8 +296,8 @@ void GraphicsContext::fillPath(const BezierPath& path)
 {
     if (!addPath(path))
         return;
-    cairo_set_fill_rule(m_cairo,
-                        path.windingRule() == EvenOddWindingRule ? CAIRO_FILL_RULE_EVEN_ODD : CAIRO_FILL_RULE_WINDING);
+    cairo_set_fill_rule(
+        m_cairo, path.windingRule() == EvenOddWindingRule ? CAIRO_FILL_RULE_EVEN_ODD : CAIRO_FILL_RULE_WINDING);
     setSource(fillColor());
     cairo_fill(m_cairo);
 }
@@ -323,8 +328,8 @@ void GraphicsContext::strokePath(const BezierPath& path)
     cairo_restore(m_cairo);
 }
 
-void GraphicsContext::drawImage(const Image& image, const Rect& destination, const Rect& source,
-                                CompositingOperation operation, float fraction)
+void GraphicsContext::drawImage(
+    const Image& image, const Rect& destination, const Rect& source, CompositingOperation operation, float fraction)
 {
     const Size size = image.size();
     const Rect from = source.isEmpty() ? Rect { {}, size } : intersection(source, { {}, size });

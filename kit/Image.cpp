@@ -4,7 +4,6 @@
 #include "kit/PngReader.h"
 #include "kit/PngWriter.h"
 
-
 #include <algorithm>
 
 namespace kit {

@@ -34,12 +34,14 @@ public:
     /// Writes the image as an RGBA PNG; false with a message when that fails.
     bool writePNG(const std::string& path, std::string* error = nullptr) const;
     /// Writes 8-bit grey pixels (rows of `width` bytes, top row first) as a grey PNG.
-    static bool writeGrayPNG(const std::string& path, int width, int height, const std::uint8_t* gray,
-                             std::string* error = nullptr);
+    static bool writeGrayPNG(
+        const std::string& path, int width, int height, const std::uint8_t* gray, std::string* error = nullptr);
 
 private:
     Image(int width, int height, std::vector<std::uint8_t> rgba)
-        : m_width(width), m_height(height), m_rgba(std::move(rgba)) {}
+        : m_width(width), m_height(height), m_rgba(std::move(rgba))
+    {
+    }
     int m_width;
     int m_height;
     std::vector<std::uint8_t> m_rgba;

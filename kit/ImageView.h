@@ -42,8 +42,8 @@ public:
     void setImageAlignment(ImageAlignment alignment);
 
     /// Where an image of `imageSize` is drawn in `bounds` under a scaling and an alignment.
-    static Rect drawingRectForImage(Size imageSize, const Rect& bounds, ImageScaling scaling,
-                                    ImageAlignment alignment = ImageAlignCenter);
+    static Rect drawingRectForImage(
+        Size imageSize, const Rect& bounds, ImageScaling scaling, ImageAlignment alignment = ImageAlignCenter);
 
     void drawRect(const Rect& dirty) override;
 

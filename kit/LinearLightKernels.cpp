@@ -45,11 +45,11 @@ HWY_INLINE hn::Vec<DF> linearOfBytes(hn::Vec<DF> v, float scale)
 {
     const DF df;
     // z runs from -1 to 1 from the toe's end, 0.04045, to 1.
-    const auto z = hn::MulAdd(v, hn::Set(df, float(2 / (255 * (1 - 0.04045)))),
-        hn::Set(df, float(-1 - 2 * 0.04045 / (1 - 0.04045))));
+    const auto z = hn::MulAdd(
+        v, hn::Set(df, float(2 / (255 * (1 - 0.04045)))), hn::Set(df, float(-1 - 2 * 0.04045 / (1 - 0.04045))));
     auto c = hn::Set(df, 0.00032793320f * scale);
-    for (float k : { -0.00062386534f, 0.00085582753f, -0.0036020908f, 0.030362796f, 0.27255082f, 0.46688747f,
-             0.23324227f })
+    for (float k :
+        { -0.00062386534f, 0.00085582753f, -0.0036020908f, 0.030362796f, 0.27255082f, 0.46688747f, 0.23324227f })
         c = hn::MulAdd(c, z, hn::Set(df, k * scale));
     return hn::IfThenElse(hn::Le(v, hn::Set(df, 10.5f)), hn::Mul(v, hn::Set(df, float(scale / (255 * 12.92)))), c);
 }
@@ -216,8 +216,7 @@ std::size_t EncodeWindowSums(
 // the matrix's columns, alpha kept.
 class Matrix {
 public:
-    explicit Matrix(const float m[9])
-        : m_alpha(hn::RebindMask(DF(), alphaLanes()))
+    explicit Matrix(const float m[9]) : m_alpha(hn::RebindMask(DF(), alphaLanes()))
     {
         HWY_ALIGN const float columns[3][4]
             = { { m[0], m[3], m[6], 0 }, { m[1], m[4], m[7], 0 }, { m[2], m[5], m[8], 0 } };

@@ -68,8 +68,8 @@ void MutablePath::closeSubpath()
 
 void MutablePath::addRect(const AffineTransform* m, const Rect& r)
 {
-    const Point corners[4] = { { r.minX(), r.minY() }, { r.maxX(), r.minY() }, { r.maxX(), r.maxY() },
-                               { r.minX(), r.maxY() } };
+    const Point corners[4]
+        = { { r.minX(), r.minY() }, { r.maxX(), r.minY() }, { r.maxX(), r.maxY() }, { r.minX(), r.maxY() } };
     addLines(m, corners, 4);
     closeSubpath();
 }

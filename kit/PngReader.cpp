@@ -84,8 +84,8 @@ bool PngReader::readHeader(png_structp png, png_infop info)
     m_height = png_get_image_height(png, info);
     if (m_width > m_maxSide || m_height > m_maxSide || std::uint64_t { m_width } * m_height > m_maxPixels) {
         m_problem = std::to_string(m_width) + " x " + std::to_string(m_height)
-                    + " pixels is more than an image may have (sides up to " + std::to_string(m_maxSide)
-                    + ", " + std::to_string(m_maxPixels) + " pixels in all)";
+            + " pixels is more than an image may have (sides up to " + std::to_string(m_maxSide) + ", "
+            + std::to_string(m_maxPixels) + " pixels in all)";
         return false;
     }
     // Everything becomes 8-bit RGBA in sRGB, as the pictures and masks are kept.

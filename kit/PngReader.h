@@ -30,7 +30,10 @@ public:
     const std::string& problem() const { return m_problem; }
 
 private:
-    enum class Pass { Check, Keep };
+    enum class Pass {
+        Check,
+        Keep
+    };
     bool decode(std::FILE* file, Pass pass);
     bool readHeader(png_structp png, png_infop info);
     void keepRows(png_structp png);

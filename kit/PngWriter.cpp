@@ -37,8 +37,8 @@ bool PngWriter::encode(png_structp png, png_infop info)
         return false;
     png_set_write_fn(png, this, onWrite, onFlush);
     png_set_IHDR(png, info, png_uint_32(m_width), png_uint_32(m_height), 8,
-                 m_channels == 1 ? PNG_COLOR_TYPE_GRAY : PNG_COLOR_TYPE_RGB_ALPHA, PNG_INTERLACE_NONE,
-                 PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+        m_channels == 1 ? PNG_COLOR_TYPE_GRAY : PNG_COLOR_TYPE_RGB_ALPHA, PNG_INTERLACE_NONE,
+        PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
     png_set_sRGB(png, info, PNG_sRGB_INTENT_PERCEPTUAL);
     png_write_info(png, info);
     m_row.resize(std::size_t(m_width) * std::size_t(m_channels));

@@ -196,7 +196,7 @@ void PopUpButton::drawRect(const Rect&)
     const Rect titleBox { face.minX() + 6, face.minY(), std::max(0.0f, face.width() - kArrowWidth - 8), face.height() };
     const TextLayout layout(title, font(), titleBox.width(), LineBreakByTruncatingTail, true);
     layout.draw(*context, titleBox, TextAlignmentLeft,
-                isEnabled() ? Color::controlTextColor() : Color::disabledControlTextColor(), true);
+        isEnabled() ? Color::controlTextColor() : Color::disabledControlTextColor(), true);
 }
 
 } // namespace kit

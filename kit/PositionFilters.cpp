@@ -55,8 +55,10 @@ public:
 
     bool render(const PixelArea& area, const FloatPixels& out) const override
     {
-        const Rect circle(float(m_centre.x - m_reach), float(m_centre.y - m_reach), float(2 * m_reach), float(2 * m_reach));
-        const PixelArea needed = area.united(PixelArea::enclosing(circle)).intersected(PixelArea::enclosing(m_input->extent()));
+        const Rect circle(
+            float(m_centre.x - m_reach), float(m_centre.y - m_reach), float(2 * m_reach), float(2 * m_reach));
+        const PixelArea needed
+            = area.united(PixelArea::enclosing(circle)).intersected(PixelArea::enclosing(m_input->extent()));
         RenderedArea source;
         if (!source.render(*m_input, needed))
             return false;
@@ -108,9 +110,8 @@ RefPtr<CIImage> vignetteEffect(const CIFilter& filter)
 {
     const Point centre = filter.pointForKey("inputCenter");
     const double radius = filter.numberForKey("inputRadius"), falloff = filter.numberForKey("inputFalloff");
-    return darkened(filter, centre, filter.numberForKey("inputIntensity"), [radius, falloff](double d) {
-        return smoothstep(radius * (1 - falloff), radius * (1 + falloff), d);
-    });
+    return darkened(filter, centre, filter.numberForKey("inputIntensity"),
+        [radius, falloff](double d) { return smoothstep(radius * (1 - falloff), radius * (1 + falloff), d); });
 }
 
 RefPtr<CIImage> bumpDistortion(const CIFilter& filter)
@@ -119,7 +120,8 @@ RefPtr<CIImage> bumpDistortion(const CIFilter& filter)
     const Point centre = filter.pointForKey("inputCenter");
     const double radius = filter.numberForKey("inputRadius"), scale = filter.numberForKey("inputScale");
     // No circle, or no bulge: every pixel keeps its place.
-    if (!(radius > 0) || scale == 0 || !std::isfinite(scale) || !finite(centre) || radius > 1e6 || std::fabs(scale) > 1e3)
+    if (!(radius > 0) || scale == 0 || !std::isfinite(scale) || !finite(centre) || radius > 1e6
+        || std::fabs(scale) > 1e3)
         return input;
     return CIImage::imageWithRecipe(adoptRef(new BumpRecipe(input, centre, radius, scale)));
 }

@@ -20,7 +20,10 @@ public:
     const PixelArea& area() const { return m_area; }
     const FloatPixels& pixels() const { return m_pixels; }
     /// The pixel at (x, y) of drawing space, which must lie in the area.
-    const float* pixel(long long x, long long y) const { return m_pixels.row(m_area.maxY() - 1 - y) + (x - m_area.x) * 4; }
+    const float* pixel(long long x, long long y) const
+    {
+        return m_pixels.row(m_area.maxY() - 1 - y) + (x - m_area.x) * 4;
+    }
     /// Bilinear between pixel centres at the point (x, y) of drawing space; transparent black
     /// beyond the area.
     void sample(double x, double y, float* rgba) const;

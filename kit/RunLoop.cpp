@@ -53,8 +53,8 @@ void RunLoop::performAfterDelay(Object* target, std::function<void()> action, do
 void RunLoop::cancelPerforms(const Object* target)
 {
     std::vector<Pending> dropped;
-    auto it = std::stable_partition(m_pending.begin(), m_pending.end(),
-                                    [target](const Pending& p) { return p.target.get() != target; });
+    auto it = std::stable_partition(
+        m_pending.begin(), m_pending.end(), [target](const Pending& p) { return p.target.get() != target; });
     std::move(it, m_pending.end(), std::back_inserter(dropped));
     m_pending.erase(it, m_pending.end());
     // `dropped` releases the targets here, after the list is consistent again.
@@ -90,8 +90,7 @@ void RunLoop::advance(double seconds)
     if (!std::isfinite(seconds) || seconds < 0)
         return;
     const double limit = now() + seconds;
-    while (runOneDue(limit)) {
-    }
+    while (runOneDue(limit)) {}
     if (m_clock == Clock::Manual)
         m_manualNow = limit;
     AutoreleasePool::current().drain();

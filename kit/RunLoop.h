@@ -15,7 +15,10 @@ public:
     /// The main thread's run loop, made on first use. It starts on the manual clock at 0.
     static RunLoop& main();
 
-    enum class Clock { Manual, Wall };
+    enum class Clock {
+        Manual,
+        Wall
+    };
     /// The wall clock follows the system's monotonic time from the moment it is chosen.
     void setClock(Clock clock);
     Clock clock() const { return m_clock; }
@@ -27,7 +30,8 @@ public:
     void performAfterDelay(Object* target, std::function<void()> action, double seconds);
     template <typename T> void performAfterDelay(T* target, void (T::*method)(), double seconds)
     {
-        performAfterDelay(static_cast<Object*>(target), [target, method] { (target->*method)(); }, seconds);
+        performAfterDelay(
+            static_cast<Object*>(target), [target, method] { (target->*method)(); }, seconds);
     }
     /// Drops the calls that have not run yet for this target.
     void cancelPerforms(const Object* target);

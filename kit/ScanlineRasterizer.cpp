@@ -178,7 +178,8 @@ void ScanlineRasterizer::sweepRow(int row, FillRule rule, const RowSink& sink)
     m_first = m_width + 2;
     m_last = -1;
     if (first < m_width && m_correctShared)
-        m_crossings.correctRow(m_active.data(), m_active.size(), row, m_width, evenOdd, m_rowCoverage.data(), first, end);
+        m_crossings.correctRow(
+            m_active.data(), m_active.size(), row, m_width, evenOdd, m_rowCoverage.data(), first, end);
     if (first < m_width)
         sink(row, first, end, m_rowCoverage.data(), rasterkernels::coverageByte(sum, evenOdd));
 }

@@ -100,7 +100,7 @@ std::int64_t integerValue(std::string_view text)
     }
     if (negative)
         return overflow || magnitude > std::uint64_t(kMax) ? std::numeric_limits<std::int64_t>::min()
-                                                            : -std::int64_t(magnitude);
+                                                           : -std::int64_t(magnitude);
     return overflow || magnitude > std::uint64_t(kMax) ? kMax : std::int64_t(magnitude);
 }
 

@@ -37,7 +37,9 @@ public:
         if (m_text[m_pos] == '"')
             return quoted(out);
         const std::size_t start = m_pos;
-        while (m_pos < m_text.size() && (std::isalnum(static_cast<unsigned char>(m_text[m_pos])) || m_text[m_pos] == '_' || m_text[m_pos] == '.'))
+        while (m_pos < m_text.size()
+            && (std::isalnum(static_cast<unsigned char>(m_text[m_pos])) || m_text[m_pos] == '_'
+                || m_text[m_pos] == '.'))
             ++m_pos;
         if (m_pos == start)
             return fail("expected a quoted string");
@@ -86,7 +88,8 @@ private:
             const char h = m_text[m_pos++];
             if (!std::isxdigit(static_cast<unsigned char>(h)))
                 return fail("bad \\u escape");
-            code = code * 16 + unsigned(std::isdigit(static_cast<unsigned char>(h)) ? h - '0' : std::tolower(h) - 'a' + 10);
+            code = code * 16
+                + unsigned(std::isdigit(static_cast<unsigned char>(h)) ? h - '0' : std::tolower(h) - 'a' + 10);
         }
         return true;
     }
@@ -97,7 +100,8 @@ private:
         unsigned code = 0;
         if (!hex4(code))
             return false;
-        if (common::isHighSurrogate(code) && (m_text.compare(m_pos, 2, "\\u") == 0 || m_text.compare(m_pos, 2, "\\U") == 0)) {
+        if (common::isHighSurrogate(code)
+            && (m_text.compare(m_pos, 2, "\\u") == 0 || m_text.compare(m_pos, 2, "\\U") == 0)) {
             const std::size_t mark = m_pos;
             m_pos += 2;
             unsigned low = 0;
@@ -121,8 +125,11 @@ private:
         case 'n': out += '\n'; return true;
         case 't': out += '\t'; return true;
         case 'r': out += '\r'; return true;
-        case '"': case '\\': case '\'': out += c; return true;
-        case 'u': case 'U': return unicodeEscape(out);
+        case '"':
+        case '\\':
+        case '\'': out += c; return true;
+        case 'u':
+        case 'U': return unicodeEscape(out);
         default: return fail(std::string("unknown escape \\") + c);
         }
     }

@@ -49,8 +49,8 @@ Size TextLayout::size() const
     return { width, float(m_lines.size()) * m_font->lineHeight() };
 }
 
-void TextLayout::measureBoundaries(std::string_view text, const Font& font, std::vector<std::size_t>& offsets,
-                                   std::vector<float>& xs)
+void TextLayout::measureBoundaries(
+    std::string_view text, const Font& font, std::vector<std::size_t>& offsets, std::vector<float>& xs)
 {
     offsets.assign(1, 0);
     xs.assign(1, 0);
@@ -78,8 +78,7 @@ void TextLayout::breakParagraph(const std::string& paragraph, LineBreakMode mode
     case LineBreakByClipping:
     case LineBreakByTruncatingHead:
     case LineBreakByTruncatingTail:
-    case LineBreakByTruncatingMiddle:
-        break;
+    case LineBreakByTruncatingMiddle: break;
     }
     const std::string shown = canBreak ? truncated(paragraph, mode) : paragraph;
     m_lines.push_back({ shown, widthOf(shown) });
@@ -91,9 +90,8 @@ void TextLayout::wrap(const std::string& paragraph, bool atWords)
     std::vector<float> xs;
     measureBoundaries(paragraph, *m_font, offsets, xs);
     const std::size_t n = offsets.size() - 1;
-    const auto character = [&](std::size_t k) {
-        return std::string_view(paragraph).substr(offsets[k], offsets[k + 1] - offsets[k]);
-    };
+    const auto character
+        = [&](std::size_t k) { return std::string_view(paragraph).substr(offsets[k], offsets[k + 1] - offsets[k]); };
     const auto addLine = [&](std::size_t from, std::size_t to) {
         while (to > from && isSpace(character(to - 1)))
             --to;
@@ -184,8 +182,8 @@ float TextLayout::lineOrigin(const Rect& box, float lineWidth, TextAlignment ali
     return box.minX();
 }
 
-void TextLayout::draw(GraphicsContext& context, const Rect& box, TextAlignment alignment, const Color& color,
-                      bool centerVertically) const
+void TextLayout::draw(
+    GraphicsContext& context, const Rect& box, TextAlignment alignment, const Color& color, bool centerVertically) const
 {
     const float lineHeight = m_font->lineHeight();
     const float inset = centerVertically ? (box.height() - float(m_lines.size()) * lineHeight) / 2 : 0;

@@ -38,12 +38,12 @@ public:
     static float lineOrigin(const Rect& box, float lineWidth, TextAlignment alignment);
     /// Draws the lines into `box` (clipped to it), from its top or centred vertically.
     void draw(GraphicsContext& context, const Rect& box, TextAlignment alignment, const Color& color,
-              bool centerVertically = false) const;
+        bool centerVertically = false) const;
 
     /// The character boundaries of one line: byte offsets and their x positions from the
     /// line's start (both start with 0 and end with the text's size and width).
-    static void measureBoundaries(std::string_view text, const Font& font, std::vector<std::size_t>& offsets,
-                                  std::vector<float>& xs);
+    static void measureBoundaries(
+        std::string_view text, const Font& font, std::vector<std::size_t>& offsets, std::vector<float>& xs);
 
 private:
     void breakParagraph(const std::string& paragraph, LineBreakMode mode);

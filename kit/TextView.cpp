@@ -27,7 +27,7 @@ std::string typeable(std::string_view text)
         const auto c = static_cast<unsigned char>(clean[i]);
         const bool control = c < 0x20 || c == 0x7F;
         const bool functionKey = next - i == 3 && c == 0xEF && static_cast<unsigned char>(clean[i + 1]) >= 0x9C
-                                 && static_cast<unsigned char>(clean[i + 1]) <= 0xA3;
+            && static_cast<unsigned char>(clean[i + 1]) <= 0xA3;
         if (!control && !functionKey)
             out.append(clean, i, next - i);
         i = next;
@@ -39,7 +39,7 @@ bool isWordCharacter(std::string_view character)
 {
     const auto c = static_cast<unsigned char>(character[0]);
     return c >= 0x80 || (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'
-           || c == '.' || c == '-';
+        || c == '.' || c == '-';
 }
 
 } // namespace
@@ -349,10 +349,7 @@ float TextView::textOrigin() const
     return box.minX() - m_scroll;
 }
 
-float TextView::xOfOffset(std::size_t offset) const
-{
-    return textOrigin() + float(widthBefore(offset));
-}
+float TextView::xOfOffset(std::size_t offset) const { return textOrigin() + float(widthBefore(offset)); }
 
 std::size_t TextView::offsetAtX(float x) const
 {

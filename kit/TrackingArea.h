@@ -40,8 +40,13 @@ public:
 
 private:
     TrackingArea(const Rect& rect, unsigned options, Responder* owner, std::string userInfo)
-        : m_rect(rect), m_options(options), m_owner(owner), m_userInfo(std::move(userInfo)),
-          m_inside((options & TrackingAssumeInside) != 0) {}
+        : m_rect(rect)
+        , m_options(options)
+        , m_owner(owner)
+        , m_userInfo(std::move(userInfo))
+        , m_inside((options & TrackingAssumeInside) != 0)
+    {
+    }
 
     Rect m_rect;
     unsigned m_options;

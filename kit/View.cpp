@@ -264,11 +264,13 @@ void View::resizeWithOldSuperviewSize(Size oldSize)
     Rect frame = m_frame;
 
     float xs[3] = { frame.origin.x, frame.size.width, oldSize.width - frame.maxX() };
-    const bool xFlex[3] = { (mask & ViewMinXMargin) != 0, (mask & ViewWidthSizable) != 0, (mask & ViewMaxXMargin) != 0 };
+    const bool xFlex[3]
+        = { (mask & ViewMinXMargin) != 0, (mask & ViewWidthSizable) != 0, (mask & ViewMaxXMargin) != 0 };
     distribute(newSize.width - oldSize.width, xs, xFlex);
 
     float ys[3] = { frame.origin.y, frame.size.height, oldSize.height - frame.maxY() };
-    const bool yFlex[3] = { (mask & ViewMinYMargin) != 0, (mask & ViewHeightSizable) != 0, (mask & ViewMaxYMargin) != 0 };
+    const bool yFlex[3]
+        = { (mask & ViewMinYMargin) != 0, (mask & ViewHeightSizable) != 0, (mask & ViewMaxYMargin) != 0 };
     distribute(newSize.height - oldSize.height, ys, yFlex);
 
     setFrame({ xs[0], ys[0], std::max(0.0f, xs[1]), std::max(0.0f, ys[1]) });

@@ -185,19 +185,12 @@ void Window::sendEvent(Event event)
             target->rightMouseUp(event);
         return;
     }
-    case EventType::MouseMoved:
-        updateTrackingAreas(event, false);
-        return;
-    case EventType::KeyDown:
-        firstResponder()->keyDown(event);
-        return;
-    case EventType::KeyUp:
-        firstResponder()->keyUp(event);
-        return;
+    case EventType::MouseMoved: updateTrackingAreas(event, false); return;
+    case EventType::KeyDown: firstResponder()->keyDown(event); return;
+    case EventType::KeyUp: firstResponder()->keyUp(event); return;
     case EventType::MouseEntered:
     case EventType::MouseExited:
-    case EventType::CursorUpdate:
-        return; // these come from tracking areas, never from outside
+    case EventType::CursorUpdate: return; // these come from tracking areas, never from outside
     }
 }
 

@@ -58,17 +58,17 @@ RefPtr<BezierPath> roundedRect(const Rect& r, float radius)
     RefPtr<BezierPath> p = BezierPath::bezierPath();
     p->moveToPoint({ r.minX() + radius, r.minY() });
     p->lineToPoint({ r.maxX() - radius, r.minY() });
-    p->curveToPointControlPoint1ControlPoint2({ r.maxX(), r.minY() + radius }, { r.maxX() - k, r.minY() },
-                                              { r.maxX(), r.minY() + k });
+    p->curveToPointControlPoint1ControlPoint2(
+        { r.maxX(), r.minY() + radius }, { r.maxX() - k, r.minY() }, { r.maxX(), r.minY() + k });
     p->lineToPoint({ r.maxX(), r.maxY() - radius });
-    p->curveToPointControlPoint1ControlPoint2({ r.maxX() - radius, r.maxY() }, { r.maxX(), r.maxY() - k },
-                                              { r.maxX() - k, r.maxY() });
+    p->curveToPointControlPoint1ControlPoint2(
+        { r.maxX() - radius, r.maxY() }, { r.maxX(), r.maxY() - k }, { r.maxX() - k, r.maxY() });
     p->lineToPoint({ r.minX() + radius, r.maxY() });
-    p->curveToPointControlPoint1ControlPoint2({ r.minX(), r.maxY() - radius }, { r.minX() + k, r.maxY() },
-                                              { r.minX(), r.maxY() - k });
+    p->curveToPointControlPoint1ControlPoint2(
+        { r.minX(), r.maxY() - radius }, { r.minX() + k, r.maxY() }, { r.minX(), r.maxY() - k });
     p->lineToPoint({ r.minX(), r.minY() + radius });
-    p->curveToPointControlPoint1ControlPoint2({ r.minX() + radius, r.minY() }, { r.minX(), r.minY() + k },
-                                              { r.minX() + k, r.minY() });
+    p->curveToPointControlPoint1ControlPoint2(
+        { r.minX() + radius, r.minY() }, { r.minX(), r.minY() + k }, { r.minX() + k, r.minY() });
     p->closePath();
     return p;
 }
@@ -207,14 +207,9 @@ void addGlyph(const Color& ink, const Color&)
     both->appendBezierPathWithRect(kFront);
     fillWith(*both, ink.colorWithAlphaComponent(0.35f));
     // The outline of the union: each square's edges outside the other.
-    RefPtr<BezierPath> outline = polygon({ { kBack.minX(), kBack.minY() },
-                                           { kFront.minX(), kBack.minY() },
-                                           { kFront.minX(), kFront.minY() },
-                                           { kFront.maxX(), kFront.minY() },
-                                           { kFront.maxX(), kFront.maxY() },
-                                           { kBack.maxX(), kFront.maxY() },
-                                           { kBack.maxX(), kBack.maxY() },
-                                           { kBack.minX(), kBack.maxY() } });
+    RefPtr<BezierPath> outline = polygon({ { kBack.minX(), kBack.minY() }, { kFront.minX(), kBack.minY() },
+        { kFront.minX(), kFront.minY() }, { kFront.maxX(), kFront.minY() }, { kFront.maxX(), kFront.maxY() },
+        { kBack.maxX(), kFront.maxY() }, { kBack.maxX(), kBack.maxY() }, { kBack.minX(), kBack.maxY() } });
     strokeWith(*outline, ink, 1.5f);
     plusMinus(ink, true);
 }
@@ -275,8 +270,8 @@ bool familyIcon(const std::string& path)
     Picture picture(32, 32);
     RefPtr<BezierPath> box = BezierPath::bezierPathWithRect({ 4.75f, 10.75f, 18.5f, 16.5f });
     dashed(*box, kInk, 1.75f);
-    RefPtr<BezierPath> arrow = polygon({ { 16, 19 }, { 16, 3 }, { 19.5f, 7 }, { 22, 1.5f }, { 24.5f, 2.5f }, { 22, 8 },
-                                         { 27, 8 } });
+    RefPtr<BezierPath> arrow
+        = polygon({ { 16, 19 }, { 16, 3 }, { 19.5f, 7 }, { 22, 1.5f }, { 24.5f, 2.5f }, { 22, 8 }, { 27, 8 } });
     fillWith(*arrow, kWhite);
     arrow->setLineJoinStyle(kit::RoundLineJoinStyle);
     strokeWith(*arrow, kInk, 1.25f);

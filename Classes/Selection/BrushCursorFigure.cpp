@@ -29,8 +29,7 @@ void strokeLine(kit::Point from, kit::Point to, float phase)
 
 } // namespace
 
-BrushCursorFigure::BrushCursorFigure(float r, float k, double curve, bool cross)
-    : m_cross(cross)
+BrushCursorFigure::BrushCursorFigure(float r, float k, double curve, bool cross) : m_cross(cross)
 {
     // The exponent is narrowed before the exponential, the rest stays in single precision.
     const float exponent = float(double(r) / curve);

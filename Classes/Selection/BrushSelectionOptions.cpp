@@ -20,7 +20,8 @@ void BrushSelectionOptions::initView()
     Controls::addSeparator(*this, 86, 12, h - 20);
     const std::string toolTip = Controls::localized("Set Brush Radius");
     Controls::addLabel(*this, { 94, h * 0.5f - 13, 63, 24 }, Controls::localized("Radius :"), toolTip);
-    m_sliderRadius = Controls::addSlider(*this, { 156, h * 0.5f - 12, 150, 24 }, -1, &BrushSelectionOptions::changeRadius);
+    m_sliderRadius
+        = Controls::addSlider(*this, { 156, h * 0.5f - 12, 150, 24 }, -1, &BrushSelectionOptions::changeRadius);
     m_sliderRadius->setMinValue(-2.0);
     m_sliderRadius->setMaxValue(5.0);
     m_sliderRadius->setFloatValue(kStartRadius);

@@ -118,4 +118,4 @@ void BrushSelectionView::setCursor(const kit::Event&)
         kit::Cursor::crosshairCursor()->set(); // a footprint too large or too small to draw
 }
 
-void BrushSelectionView::dealPlay(SelectionEventRecord*) { }
+void BrushSelectionView::dealPlay(SelectionEventRecord*) {}

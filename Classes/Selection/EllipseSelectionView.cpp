@@ -5,7 +5,8 @@
 #include "Classes/Selection/SelectionAssert.h"
 #include "kit/BezierPath.h"
 
-int EllipseSelectionView::createImageBuffer(IMAGE_BUFFER& buffer, kit::Point& origin, kit::Rect box, float feather) const
+int EllipseSelectionView::createImageBuffer(
+    IMAGE_BUFFER& buffer, kit::Point& origin, kit::Rect box, float feather) const
 {
     return CreateImageBufferFromEllipse(buffer, origin, box, kOpaqueWhite, true, kOpaqueWhite, feather);
 }

@@ -15,7 +15,7 @@ inline float ieeeDivide(float a, float b)
     if (a == 0.0f || std::isnan(a))
         return std::numeric_limits<float>::quiet_NaN();
     return (std::signbit(a) != std::signbit(b)) ? -std::numeric_limits<float>::infinity()
-                                                 : std::numeric_limits<float>::infinity();
+                                                : std::numeric_limits<float>::infinity();
 }
 
 /// Truncation toward zero to an int; NaN gives 0 and values beyond the range are held to it,

@@ -42,7 +42,8 @@ bool bufferSize(float width, float height, float feather, int& outWidth, int& ou
     if (w * h > kGraphicsToBufferMaxPixels)
         return false;
     // The blur's scratch grows with its padded area and with its longer side.
-    if (isFeathered(feather) && (blurArea(w, h) > kGraphicsToBufferMaxPixels || std::max(w, h) > kGraphicsToBufferMaxBlurSide))
+    if (isFeathered(feather)
+        && (blurArea(w, h) > kGraphicsToBufferMaxPixels || std::max(w, h) > kGraphicsToBufferMaxBlurSide))
         return false;
     outWidth = int(w);
     outHeight = int(h);
@@ -176,8 +177,8 @@ bool ellipseLayout(const kit::Rect& rect, float feather, Layout& layout)
     layout.origin = { rect.x() - 1 - feather, rect.y() - 1 - feather };
     if (!fitsInt(double(layout.origin.x)) || !fitsInt(double(layout.origin.y)))
         return false;
-    return bufferSize(rect.width() + 3 + 2 * feather, rect.height() + 3 + 2 * feather, feather, layout.width,
-                      layout.height);
+    return bufferSize(
+        rect.width() + 3 + 2 * feather, rect.height() + 3 + 2 * feather, feather, layout.width, layout.height);
 }
 
 } // namespace
@@ -187,15 +188,15 @@ kit::RefPtr<kit::BitmapContext> MyCreateBitmapContext(int width, int height, uns
     auto colorSpace = kit::ColorSpace::createDeviceRGB();
     if (!memory)
         SELECTION_ASSERT(false);
-    auto context = kit::BitmapContext::create(memory, width, height, 8, std::size_t(width) * 4, colorSpace.get(),
-                                              kit::ImageAlphaPremultipliedLast);
+    auto context = kit::BitmapContext::create(
+        memory, width, height, 8, std::size_t(width) * 4, colorSpace.get(), kit::ImageAlphaPremultipliedLast);
     if (!context)
         SELECTION_ASSERT(false);
     return context;
 }
 
 int CreateImageBufferFromPolygon(IMAGE_BUFFER& buffer, kit::Point& origin, const kit::Point* vertices, int count,
-                                 COLOR_STRUCT, bool, COLOR_STRUCT fillColor, float feather)
+    COLOR_STRUCT, bool, COLOR_STRUCT fillColor, float feather)
 {
     if (count < 3)
         return kGraphicsToBufferTooFewVertices;
@@ -217,7 +218,7 @@ int CreateImageBufferFromPolygon(IMAGE_BUFFER& buffer, kit::Point& origin, const
 }
 
 int CreateImageBufferFromRect(IMAGE_BUFFER& buffer, kit::Point& origin, kit::Rect rect, COLOR_STRUCT firstColor,
-                              bool flag, COLOR_STRUCT fillColor, float feather)
+    bool flag, COLOR_STRUCT fillColor, float feather)
 {
     // A negative width or height is still four corners of an ordinary polygon: drawn from the
     // other side, it covers the same pixels as its mirror.
@@ -228,8 +229,8 @@ int CreateImageBufferFromRect(IMAGE_BUFFER& buffer, kit::Point& origin, kit::Rec
     return CreateImageBufferFromPolygon(buffer, origin, corners, 4, firstColor, flag, fillColor, feather);
 }
 
-int CreateImageBufferFromEllipse(IMAGE_BUFFER& buffer, kit::Point& origin, kit::Rect rect, COLOR_STRUCT, bool,
-                                 COLOR_STRUCT fillColor, float feather)
+int CreateImageBufferFromEllipse(
+    IMAGE_BUFFER& buffer, kit::Point& origin, kit::Rect rect, COLOR_STRUCT, bool, COLOR_STRUCT fillColor, float feather)
 {
     Layout layout;
     if (!ellipseLayout(rect, feather, layout))

@@ -49,12 +49,12 @@ inline constexpr long long kGraphicsToBufferMaxBlurSide = 1LL << 20;
 /// origin.y + j), so the mask lands exactly where the shape was given. `firstColor` and `flag`
 /// are not read.
 int CreateImageBufferFromPolygon(IMAGE_BUFFER& buffer, kit::Point& origin, const kit::Point* vertices, int count,
-                                 COLOR_STRUCT firstColor, bool flag, COLOR_STRUCT fillColor, float feather);
+    COLOR_STRUCT firstColor, bool flag, COLOR_STRUCT fillColor, float feather);
 /// The polygon (x, y), (x, y + height), (x + width, y + height), (x + width, y).
 int CreateImageBufferFromRect(IMAGE_BUFFER& buffer, kit::Point& origin, kit::Rect rect, COLOR_STRUCT firstColor,
-                              bool flag, COLOR_STRUCT fillColor, float feather);
+    bool flag, COLOR_STRUCT fillColor, float feather);
 /// The ellipse inscribed in `rect`; the origin is (x - 1 - feather, y - 1 - feather), not truncated.
 int CreateImageBufferFromEllipse(IMAGE_BUFFER& buffer, kit::Point& origin, kit::Rect rect, COLOR_STRUCT firstColor,
-                                 bool flag, COLOR_STRUCT fillColor, float feather);
+    bool flag, COLOR_STRUCT fillColor, float feather);
 /// Gives the buffer's pixels back; a null pData is fine.
 void DestroyImageBuffer(IMAGE_BUFFER buffer);

@@ -8,8 +8,8 @@ void ImportSelectionMask(void* context, const IMAGE_BUFFER& buffer, kit::Point o
     IPD_EnableSeletionLayerOperation(context, 1);
     const int layer = IPD_GetSelectionMaskID(context);
     // The rasteriser refuses any origin that does not fit an int, so the truncation is defined.
-    IPD_LayerPaint_ImportImageData(context, layer, buffer.pData, buffer.nWidth, buffer.nHeight, static_cast<int>(origin.x),
-                                   static_cast<int>(origin.y));
+    IPD_LayerPaint_ImportImageData(context, layer, buffer.pData, buffer.nWidth, buffer.nHeight,
+        static_cast<int>(origin.x), static_cast<int>(origin.y));
 }
 
 void FinishSelectionImport(void* context)

@@ -14,8 +14,8 @@ void PolygonSelectionOptions::initView()
     addModeButtons();
     Controls::addSeparator(*this, 86, 12, frame().height() - 20);
     m_featherText = Controls::addFeatherGroup(*this, Controls::hostEditBoxImage().get(), m_fFeather,
-                                              &PolygonSelectionOptions::showSilder, &PolygonSelectionOptions::hideSlider,
-                                              &PolygonSelectionOptions::changeSilderValue);
+        &PolygonSelectionOptions::showSilder, &PolygonSelectionOptions::hideSlider,
+        &PolygonSelectionOptions::changeSilderValue);
 }
 
 void PolygonSelectionOptions::setFeather(float feather)
@@ -50,8 +50,8 @@ bool PolygonSelectionOptions::controlTextShouldEndEditing(kit::Control* control,
     return true;
 }
 
-bool PolygonSelectionOptions::controlTextViewDoCommandBySelector(kit::Control* control, kit::TextView* textView,
-                                                                 const std::string& command)
+bool PolygonSelectionOptions::controlTextViewDoCommandBySelector(
+    kit::Control* control, kit::TextView* textView, const std::string& command)
 {
     return Controls::doCommandBySelector(control, textView, command);
 }

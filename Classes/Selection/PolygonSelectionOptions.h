@@ -27,8 +27,8 @@ public:
     /// Commits a typed feather; always lets editing end.
     bool controlTextShouldEndEditing(kit::Control* control, kit::TextView* fieldEditor) override;
     /// Return commits, Escape abandons the typing.
-    bool controlTextViewDoCommandBySelector(kit::Control* control, kit::TextView* textView,
-                                            const std::string& command) override;
+    bool controlTextViewDoCommandBySelector(
+        kit::Control* control, kit::TextView* textView, const std::string& command) override;
 
     kit::TextField* featherText() const { return m_featherText; }
 

@@ -27,8 +27,7 @@ constexpr unsigned kDrawingAreaOptions
 
 } // namespace
 
-PolygonSelectionView::PolygonSelectionView(const kit::Rect& frame)
-    : SelectionBaseView(frame)
+PolygonSelectionView::PolygonSelectionView(const kit::Rect& frame) : SelectionBaseView(frame)
 {
     kit::NotificationCenter::defaultCenter().addObserver(
         this, kKeyUpNotification, nullptr, [this](const kit::Notification& n) { dealKeyUp(n); });

@@ -77,6 +77,7 @@ bool ParsePolygonVertexText(std::string_view text, int count, std::vector<kit::P
         return false;
     vertices.reserve(std::size_t(count));
     for (std::size_t i = 0; i < needed; i += 2)
-        vertices.push_back({ float(LeadingIntegerValue(components[i])), float(LeadingIntegerValue(components[i + 1])) });
+        vertices.push_back(
+            { float(LeadingIntegerValue(components[i])), float(LeadingIntegerValue(components[i + 1])) });
     return true;
 }

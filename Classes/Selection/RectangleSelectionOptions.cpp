@@ -29,9 +29,10 @@ struct SizeGroupLayout {
     const char* toolTip;
 };
 
-constexpr SizeGroupLayout kWidthGroup { 451, "Width :", 516, 68, 581, 411, kWidthTag, "Set the Width of Selected Area" };
+constexpr SizeGroupLayout kWidthGroup { 451, "Width :", 516, 68, 581, 411, kWidthTag,
+    "Set the Width of Selected Area" };
 constexpr SizeGroupLayout kHeightGroup { 611, "Height :", 676, 62, 731, 651, kHeightTag,
-                                         "Set the Height of Selected Area" };
+    "Set the Height of Selected Area" };
 
 /// Label, box, field, slider buttons and slider of one size group; the field starts disabled
 /// and empty, the slider hidden with no range of its own yet.
@@ -40,12 +41,12 @@ kit::TextField* addSizeGroup(RectangleSelectionOptions& panel, kit::Image* editB
     const float h = panel.frame().height();
     Controls::addLabel(panel, { g.labelX, h * 0.5f - 13, 60, 24 }, Controls::localized(g.label), g.toolTip);
     Controls::addValueBox(panel, { g.boxX, h * 0.5f - 10, g.boxWidth, 24 }, editBox);
-    kit::TextField* field = Controls::addValueField(panel, { g.boxX, h * 0.5f - 10, g.boxWidth, 20 }, g.tag, g.toolTip,
-                                                    &panel);
+    kit::TextField* field
+        = Controls::addValueField(panel, { g.boxX, h * 0.5f - 10, g.boxWidth, 20 }, g.tag, g.toolTip, &panel);
     field->setEnabled(false);
     field->setStringValue("");
     Controls::addSliderButtons(panel, { g.buttonX, h * 0.5f - 9, 25, 24 }, g.tag + 1, Controls::localized(g.toolTip),
-                               &RectangleSelectionOptions::showSilder, &RectangleSelectionOptions::hideSlider);
+        &RectangleSelectionOptions::showSilder, &RectangleSelectionOptions::hideSlider);
     Controls::addSlider(panel, { g.sliderX, 0, 200, 20 }, g.tag + 2, &RectangleSelectionOptions::changeSilderValue)
         ->setHidden(true);
     return field;
@@ -94,8 +95,7 @@ void RectangleSelectionOptions::initView()
     // One look-up of the host's box image serves all three boxes.
     const kit::RefPtr<kit::Image> editBox = Controls::hostEditBoxImage();
     m_featherText = Controls::addFeatherGroup(*this, editBox.get(), m_fFeather, &RectangleSelectionOptions::showSilder,
-                                              &RectangleSelectionOptions::hideSlider,
-                                              &RectangleSelectionOptions::changeSilderValue);
+        &RectangleSelectionOptions::hideSlider, &RectangleSelectionOptions::changeSilderValue);
     m_featherText->setEditable(true);
     m_featherText->setSelectable(true);
     m_featherText->setWantsLayer(true);
@@ -232,8 +232,8 @@ void RectangleSelectionOptions::changeSelectionSizeUI()
         m_widthText->setEnabled(true);
         m_heightText->setEnabled(true);
         m_widthText->setStringValue(pixels ? Controls::pixelsText(m_nFixedWidth) : Controls::ratioText(m_fWidthRatio));
-        m_heightText->setStringValue(pixels ? Controls::pixelsText(m_nFixedHeight)
-                                            : Controls::ratioText(m_fHeightRatio));
+        m_heightText->setStringValue(
+            pixels ? Controls::pixelsText(m_nFixedHeight) : Controls::ratioText(m_fHeightRatio));
         showSizeOnSlider(kWidthTag + 2, m_nFixedWidth, m_fWidthRatio);
         showSizeOnSlider(kHeightTag + 2, m_nFixedHeight, m_fHeightRatio);
         break;
@@ -258,8 +258,8 @@ bool RectangleSelectionOptions::controlTextShouldEndEditing(kit::Control* contro
     return true;
 }
 
-bool RectangleSelectionOptions::controlTextViewDoCommandBySelector(kit::Control* control, kit::TextView* textView,
-                                                                   const std::string& command)
+bool RectangleSelectionOptions::controlTextViewDoCommandBySelector(
+    kit::Control* control, kit::TextView* textView, const std::string& command)
 {
     return Controls::doCommandBySelector(control, textView, command);
 }

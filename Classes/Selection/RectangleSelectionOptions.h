@@ -41,8 +41,8 @@ public:
     /// Commits the typed text of the feather, width or height field; always lets editing end.
     bool controlTextShouldEndEditing(kit::Control* control, kit::TextView* fieldEditor) override;
     /// Return commits, Escape abandons the typing.
-    bool controlTextViewDoCommandBySelector(kit::Control* control, kit::TextView* textView,
-                                            const std::string& command) override;
+    bool controlTextViewDoCommandBySelector(
+        kit::Control* control, kit::TextView* textView, const std::string& command) override;
 
     kit::TextField* featherText() const { return m_featherText; }
     kit::TextField* widthText() const { return m_widthText; }

@@ -225,7 +225,7 @@ void RectangleSelectionView::calculateSelectionRect()
     int offsetX = 0, offsetY = 0;
     IPD_Layer_GetOffset(m_QMContext, IPD_GetSelectionMaskID(m_QMContext), &offsetX, &offsetY);
     m_selectionCanvasViewRect = { topLeft.x - float(offsetX), topLeft.y - float(offsetY), float(m_nSelectionWidth),
-                                  float(m_nSelectionHeight) };
+        float(m_nSelectionHeight) };
 }
 
 void RectangleSelectionView::setShowSizeViewUI()
@@ -279,7 +279,8 @@ void RectangleSelectionView::assertRasterised(int nRet, const char* operation) c
         selection::assertionFailed("nRet == 0", operation, __FILE__, __LINE__);
 }
 
-int RectangleSelectionView::createImageBuffer(IMAGE_BUFFER& buffer, kit::Point& origin, kit::Rect box, float feather) const
+int RectangleSelectionView::createImageBuffer(
+    IMAGE_BUFFER& buffer, kit::Point& origin, kit::Rect box, float feather) const
 {
     return CreateImageBufferFromRect(buffer, origin, box, kOpaqueWhite, true, kOpaqueWhite, feather);
 }

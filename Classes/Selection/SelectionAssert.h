@@ -24,7 +24,7 @@ constexpr std::string_view sourceUnit(std::string_view file)
 {
     const std::string_view unit = sourceUnit(file);
     std::fprintf(stderr, "assertion failed: (%s), function %s, file %.*s, line %d.\n", condition, function,
-                 int(unit.size()), unit.data(), line);
+        int(unit.size()), unit.data(), line);
     std::fflush(stderr);
     std::abort();
 }
@@ -33,5 +33,5 @@ constexpr std::string_view sourceUnit(std::string_view file)
 
 /// Stops the program when the condition is false, release builds included: a broken invariant
 /// of the plug-in, never a check of outside input.
-#define SELECTION_ASSERT(condition) \
+#define SELECTION_ASSERT(condition)                                                                                    \
     ((condition) ? (void)0 : ::selection::assertionFailed(#condition, __func__, __FILE__, __LINE__))

@@ -22,16 +22,16 @@ namespace {
 
 // The host's tracking areas are mirrored this long after the overlay is made.
 constexpr double kFirstTrackingSyncSeconds = 1.0;
-constexpr unsigned kMirroredAreaOptions =
-    kit::TrackingMouseEnteredAndExited | kit::TrackingActiveInActiveApp | kit::TrackingEnabledDuringMouseDrag;
+constexpr unsigned kMirroredAreaOptions
+    = kit::TrackingMouseEnteredAndExited | kit::TrackingActiveInActiveApp | kit::TrackingEnabledDuringMouseDrag;
 
 } // namespace
 
 SelectionMainView::SelectionMainView(const kit::Rect& frame) : DragsToContentView<kit::View>(frame)
 {
     registerForDraggedTypes({ kit::FilenamesPboardType });
-    kit::NotificationCenter::defaultCenter().addObserver(this, kTrackingAreaCursorUpdated, nullptr,
-                                                         [this](const kit::Notification&) { setTrackingAreaCursor(); });
+    kit::NotificationCenter::defaultCenter().addObserver(
+        this, kTrackingAreaCursorUpdated, nullptr, [this](const kit::Notification&) { setTrackingAreaCursor(); });
     kit::RunLoop::main().performAfterDelay(this, &SelectionMainView::setTrackingAreaCursor, kFirstTrackingSyncSeconds);
 }
 
@@ -100,10 +100,10 @@ void SelectionMainView::setQMContext(void* context)
 {
     m_QMContext = context;
     for (SelectionBaseView* tool : { static_cast<SelectionBaseView*>(m_rectangleSelectionView.get()),
-                                     static_cast<SelectionBaseView*>(m_polygonSelectionView.get()),
-                                     static_cast<SelectionBaseView*>(m_ellipseSelectionView.get()),
-                                     static_cast<SelectionBaseView*>(m_brushSelectionView.get()),
-                                     static_cast<SelectionBaseView*>(m_eraseSelectionView.get()) }) {
+             static_cast<SelectionBaseView*>(m_polygonSelectionView.get()),
+             static_cast<SelectionBaseView*>(m_ellipseSelectionView.get()),
+             static_cast<SelectionBaseView*>(m_brushSelectionView.get()),
+             static_cast<SelectionBaseView*>(m_eraseSelectionView.get()) }) {
         if (tool)
             tool->setQMContext(context);
     }

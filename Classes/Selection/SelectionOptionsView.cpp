@@ -18,11 +18,10 @@ using Controls = SelectionPanelControls;
 
 namespace {
 
-constexpr std::array<const char*, kSelectionToolCount> kPlainToolImages = { "rectangle.png", "ellipse.png",
-                                                                             "polygon.png", "brush.png", "eraser.png" };
-constexpr std::array<const char*, kSelectionToolCount> kPressedToolImages = { "rectangle2.png", "ellipse2.png",
-                                                                               "polygon2.png", "brush2.png",
-                                                                               "eraser2.png" };
+constexpr std::array<const char*, kSelectionToolCount> kPlainToolImages
+    = { "rectangle.png", "ellipse.png", "polygon.png", "brush.png", "eraser.png" };
+constexpr std::array<const char*, kSelectionToolCount> kPressedToolImages
+    = { "rectangle2.png", "ellipse2.png", "polygon2.png", "brush2.png", "eraser2.png" };
 constexpr float kPanelX = 262;
 // The panel reaches 33 points past the bar's right edge, where the bar clips it.
 constexpr float kPanelWidthInset = 229;
@@ -64,8 +63,8 @@ kit::Rect SelectionOptionsView::panelFrame() const
 kit::Button* SelectionOptionsView::addToolButton(float x, const char* image, const char* toolTip, int tool)
 {
     const float y = frame().height() * 0.5f - 15 + 3;
-    return Controls::addButton(*this, { x, y, 30, 30 }, image, true, Controls::localized(toolTip),
-                               kToolTagBase + tool, &SelectionOptionsView::changeSelectionTool);
+    return Controls::addButton(*this, { x, y, 30, 30 }, image, true, Controls::localized(toolTip), kToolTagBase + tool,
+        &SelectionOptionsView::changeSelectionTool);
 }
 
 void SelectionOptionsView::initView()
@@ -80,9 +79,8 @@ void SelectionOptionsView::initView()
 
     kit::Image* iconImage = myLibraryImageNamed("tool_rectangle.png");
     const kit::Size iconSize = iconImage ? iconImage->size() : kit::Size {};
-    auto icon = kit::make<kit::ImageView>(kit::Rect { 30 - iconSize.width * 0.5f,
-                                                      h * 0.5f - iconSize.height * 0.5f + 3, iconSize.width,
-                                                      iconSize.height });
+    auto icon = kit::make<kit::ImageView>(kit::Rect {
+        30 - iconSize.width * 0.5f, h * 0.5f - iconSize.height * 0.5f + 3, iconSize.width, iconSize.height });
     icon->setImage(iconImage);
     addSubview(icon.get());
 

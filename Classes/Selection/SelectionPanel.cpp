@@ -9,10 +9,10 @@ using Controls = SelectionPanelControls;
 
 namespace {
 
-constexpr std::array<const char*, 4> kPlainModeImages = { "selection_default.png", "selection_add.png",
-                                                          "selection_subtract.png", "selection_intersect.png" };
-constexpr std::array<const char*, 4> kPressedModeImages = { "selection_default2.png", "selection_add2.png",
-                                                            "selection_subtract2.png", "selection_intersect2.png" };
+constexpr std::array<const char*, 4> kPlainModeImages
+    = { "selection_default.png", "selection_add.png", "selection_subtract.png", "selection_intersect.png" };
+constexpr std::array<const char*, 4> kPressedModeImages
+    = { "selection_default2.png", "selection_add2.png", "selection_subtract2.png", "selection_intersect2.png" };
 
 } // namespace
 
@@ -20,11 +20,9 @@ void SelectionPanel::addModeButtons()
 {
     const float y = frame().height() * 0.5f - 12;
     m_btnDefaultMode = Controls::addButton(*this, { 10, y, 30, 30 }, "selection_default2.png", true,
-                                           Controls::localized("New Shape Area"), kModeTagBase + kModeNew,
-                                           &SelectionPanel::changeSelectionMode);
+        Controls::localized("New Shape Area"), kModeTagBase + kModeNew, &SelectionPanel::changeSelectionMode);
     m_btnAddMode = Controls::addButton(*this, { 43, y, 30, 30 }, "selection_add.png", true,
-                                       Controls::localized("Add to Shape Area"), kModeTagBase + kModeAdd,
-                                       &SelectionPanel::changeSelectionMode);
+        Controls::localized("Add to Shape Area"), kModeTagBase + kModeAdd, &SelectionPanel::changeSelectionMode);
 }
 
 void SelectionPanel::setSelectionMode(int mode)
@@ -42,8 +40,8 @@ void SelectionPanel::changeSelectionMode(kit::Object* sender)
 
 void SelectionPanel::setSelectionModeBtn()
 {
-    const std::array<kit::Button*, 4> buttons = { m_btnDefaultMode, m_btnAddMode, m_btnSubtractMode,
-                                                  m_btnIntersectMode };
+    const std::array<kit::Button*, 4> buttons
+        = { m_btnDefaultMode, m_btnAddMode, m_btnSubtractMode, m_btnIntersectMode };
     for (std::size_t n = 0; n < buttons.size(); ++n) {
         if (buttons[n])
             Controls::setBothImages(*buttons[n], kPlainModeImages[n]);

@@ -7,8 +7,8 @@
 #include "kit/TextView.h"
 #include "kit/Window.h"
 
-#include <climits>
 #include <charconv>
+#include <climits>
 
 namespace {
 
@@ -64,8 +64,8 @@ void SelectionPanelControls::showFeather(kit::View& panel, kit::TextField* field
         slider->setFloatValue(feather);
 }
 
-kit::Button* SelectionPanelControls::makeButton(kit::View& panel, const kit::Rect& frame, const char* image,
-                                                bool alternate, const std::string& toolTip, int tag)
+kit::Button* SelectionPanelControls::makeButton(
+    kit::View& panel, const kit::Rect& frame, const char* image, bool alternate, const std::string& toolTip, int tag)
 {
     auto button = kit::make<kit::Button>(frame);
     button->setButtonType(kit::MomentaryChangeButton);
@@ -91,8 +91,8 @@ kit::ImageView* SelectionPanelControls::addSeparator(kit::View& panel, float x, 
     return separator.get();
 }
 
-kit::TextField* SelectionPanelControls::addLabel(kit::View& panel, const kit::Rect& frame, const std::string& text,
-                                                 const std::string& toolTip)
+kit::TextField* SelectionPanelControls::addLabel(
+    kit::View& panel, const kit::Rect& frame, const std::string& text, const std::string& toolTip)
 {
     auto label = kit::make<kit::TextField>(frame);
     label->setStringValue(text);
@@ -115,8 +115,8 @@ kit::ImageView* SelectionPanelControls::addValueBox(kit::View& panel, const kit:
     return box.get();
 }
 
-kit::TextField* SelectionPanelControls::addValueField(kit::View& panel, const kit::Rect& frame, int tag,
-                                                      const std::string& toolTip, kit::TextFieldDelegate* delegate)
+kit::TextField* SelectionPanelControls::addValueField(
+    kit::View& panel, const kit::Rect& frame, int tag, const std::string& toolTip, kit::TextFieldDelegate* delegate)
 {
     auto field = kit::make<kit::TextField>(frame);
     field->setTag(tag);
@@ -194,8 +194,8 @@ void SelectionPanelControls::closeSlider(kit::View& panel, kit::Object* sender)
         slider->setHidden(true);
 }
 
-bool SelectionPanelControls::doCommandBySelector(kit::Control* control, kit::TextView* textView,
-                                                 const std::string& selector)
+bool SelectionPanelControls::doCommandBySelector(
+    kit::Control* control, kit::TextView* textView, const std::string& selector)
 {
     if (selector == "insertNewline:") {
         if (kit::Window* window = textView ? textView->window() : nullptr)

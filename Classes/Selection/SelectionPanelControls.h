@@ -32,7 +32,7 @@ public:
     /// image when `alternate` is set.
     template <typename Panel>
     static kit::Button* addButton(Panel& panel, const kit::Rect& frame, const char* image, bool alternate,
-                                  const std::string& toolTip, int tag, void (Panel::*action)(kit::Object*))
+        const std::string& toolTip, int tag, void (Panel::*action)(kit::Object*))
     {
         kit::Button* button = makeButton(panel, frame, image, alternate, toolTip, tag);
         button->setAction(action);
@@ -42,7 +42,7 @@ public:
     /// that closes it again (tag `tag` + 2).
     template <typename Panel>
     static void addSliderButtons(Panel& panel, const kit::Rect& frame, int tag, const std::string& toolTip,
-                                 void (Panel::*show)(kit::Object*), void (Panel::*hide)(kit::Object*))
+        void (Panel::*show)(kit::Object*), void (Panel::*hide)(kit::Object*))
     {
         addButton(panel, frame, "image_combox_btn.png", false, toolTip, tag, show);
         addButton(panel, frame, "image_combox_btn2.png", false, toolTip, tag + 2, hide)->setHidden(true);
@@ -64,8 +64,7 @@ public:
     /// the field, showing `feather`.
     template <typename Panel>
     static kit::TextField* addFeatherGroup(Panel& panel, kit::Image* editBox, float feather,
-                                           void (Panel::*show)(kit::Object*), void (Panel::*hide)(kit::Object*),
-                                           void (Panel::*change)(kit::Object*))
+        void (Panel::*show)(kit::Object*), void (Panel::*hide)(kit::Object*), void (Panel::*change)(kit::Object*))
     {
         const float h = panel.frame().height();
         const std::string toolTip = localized("Obfuscated the Border of Selected Area");
@@ -88,14 +87,14 @@ public:
     /// "property_separator.png" at (x, y), its own width wide and `height` high, stretched.
     static kit::ImageView* addSeparator(kit::View& panel, float x, float y, float height);
     /// A right-aligned black label on a clear background, not editable, without border.
-    static kit::TextField* addLabel(kit::View& panel, const kit::Rect& frame, const std::string& text,
-                                    const std::string& toolTip);
+    static kit::TextField* addLabel(
+        kit::View& panel, const kit::Rect& frame, const std::string& text, const std::string& toolTip);
     /// A value box background: `image` stretched over the frame.
     static kit::ImageView* addValueBox(kit::View& panel, const kit::Rect& frame, kit::Image* image);
     /// A left-aligned black value field on a clear background, without border or focus ring,
     /// single line with character wrapping, reporting to `delegate`.
     static kit::TextField* addValueField(kit::View& panel, const kit::Rect& frame, int tag, const std::string& toolTip,
-                                         kit::TextFieldDelegate* delegate);
+        kit::TextFieldDelegate* delegate);
 
     /// `name` from the plug-in bundle as both image and alternate image.
     static void setBothImages(kit::Button& button, const char* name);
@@ -120,5 +119,5 @@ public:
 
 private:
     static kit::Button* makeButton(kit::View& panel, const kit::Rect& frame, const char* image, bool alternate,
-                                   const std::string& toolTip, int tag);
+        const std::string& toolTip, int tag);
 };

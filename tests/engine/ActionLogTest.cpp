@@ -160,9 +160,8 @@ TEST(ActionLogFile, AcceptsMembersInAnyOrderSpacesEscapesAndBlankLines)
 // decimal; only overflow is refused (below).
 TEST(ActionLogFile, ReadsNumbersBelowFloatRangeAsTheNearestFloat)
 {
-    const std::pair<const char*, std::uint32_t> cases[] = {
-        { "-1e-78", 0x80000000u }, { "1e-400", 0x00000000u }, { "1e-46", 0x00000000u },
-        { "1e-45", 0x00000001u }, { "-1.2e-38", 0x8082ab1eu }, { "2.5e-40", 0x0002b8e6u } };
+    const std::pair<const char*, std::uint32_t> cases[] = { { "-1e-78", 0x80000000u }, { "1e-400", 0x00000000u },
+        { "1e-46", 0x00000000u }, { "1e-45", 0x00000001u }, { "-1.2e-38", 0x8082ab1eu }, { "2.5e-40", 0x0002b8e6u } };
     for (const auto& [number, bits] : cases) {
         ActionLog log;
         std::string error;
@@ -198,7 +197,7 @@ struct MalformedLine {
     const char* message;
 };
 
-class ActionLogMalformed : public ::testing::TestWithParam<MalformedLine> { };
+class ActionLogMalformed : public ::testing::TestWithParam<MalformedLine> {};
 
 // The bad line comes second, after a good one, so the reported line number is checked too.
 TEST_P(ActionLogMalformed, IsRefusedWithItsLineNumberAndLeavesTheLogAlone)

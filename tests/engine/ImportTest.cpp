@@ -75,7 +75,7 @@ struct EdgeCase {
     int insideHeight;
 };
 
-class ImportClipping : public ::testing::TestWithParam<EdgeCase> { };
+class ImportClipping : public ::testing::TestWithParam<EdgeCase> {};
 
 TEST_P(ImportClipping, KeepsOnlyThePixelsOnTheCanvas)
 {

@@ -1,12 +1,12 @@
 // The controller and the overlay it owns: run, stop, the delayed add, destroy, undo and replay.
+#include "Classes/Selection/EllipseSelectionView.h"
+#include "Classes/Selection/RectangleSelectionView.h"
 #include "Classes/Selection/SelectionBaseView.h"
 #include "Classes/Selection/SelectionMainView.h"
 #include "Classes/Selection/SelectionOptionsView.h"
-#include "Classes/Selection/RectangleSelectionView.h"
-#include "Classes/Selection/EllipseSelectionView.h"
 #include "engine/Document.h"
-#include "host/HostEngine.h"
 #include "entry/QuillmarkPluginSelection.h"
+#include "host/HostEngine.h"
 #include "kit/RunLoop.h"
 #include "kit/Window.h"
 
@@ -163,7 +163,8 @@ TEST_F(ControllerTest, UndoAndRedoAfterStopReachTheEngineWithTheContext)
 {
     // A selection made in the engine, then undone and redone through the controller.
     const std::vector<unsigned char> white(4 * 4 * 4, 255);
-    IPD_LayerPaint_ImportImageData(document.context(), IPD_GetSelectionMaskID(document.context()), white.data(), 4, 4, 0, 0);
+    IPD_LayerPaint_ImportImageData(
+        document.context(), IPD_GetSelectionMaskID(document.context()), white.data(), 4, 4, 0, 0);
     IPD_StartRefreshingActiveLayer(document.context());
     controller->run();
     controller->stop();

@@ -21,7 +21,9 @@ namespace {
 fs::path pluginLibrary()
 {
     const char* build = std::getenv("QM_BUILD_DIR");
-    return fs::path(build ? build : ".") / "Quillmark.app/Contents/PlugIns/QuillmarkPlugin_Selection.bundle/Contents/lib/libQuillmarkPlugin_Selection.so";
+    return fs::path(build ? build : ".")
+        / "Quillmark.app/Contents/PlugIns/QuillmarkPlugin_Selection.bundle/Contents/lib/"
+          "libQuillmarkPlugin_Selection.so";
 }
 
 bool kitLoaded()
@@ -43,7 +45,7 @@ Entry openPlugin(const fs::path& library)
     if (!handle)
         return {};
     return { reinterpret_cast<PluginModule* (*)()>(dlsym(handle, "GetPlugin")),
-             reinterpret_cast<void (*)(PluginModule*)>(dlsym(handle, "DeletePlugin")) };
+        reinterpret_cast<void (*)(PluginModule*)>(dlsym(handle, "DeletePlugin")) };
 }
 
 class ModuleTable : public testing::Test {
@@ -165,7 +167,8 @@ TEST(IconPaths, LieInTheBundleResourceFolderWhenTheBundleIsInThePlugInsFolder)
     const fs::path app = dir.path() / "Host.app";
     fs::create_directories(app / "Contents/PlugIns/QuillmarkPlugin_Selection.bundle/Contents/Resources");
     const fs::path resources = app / "Contents/PlugIns/QuillmarkPlugin_Selection.bundle/Contents/Resources";
-    EXPECT_EQ(iconPathsSeenFrom(app), (resources / "normalIcon.png").string() + "\n" + (resources / "selectedIcon.png").string() + "\n");
+    EXPECT_EQ(iconPathsSeenFrom(app),
+        (resources / "normalIcon.png").string() + "\n" + (resources / "selectedIcon.png").string() + "\n");
 }
 
 TEST(IconPaths, AreNullWhenTheBundleIsMissingOrMisnamed)

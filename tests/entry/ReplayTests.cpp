@@ -1,9 +1,9 @@
 // Replay through the module table: each recorded shape reaches the engine as one commit and is
 // recorded again; unknown tools and records the rasteriser cannot take change nothing.
 #include "engine/Document.h"
-#include "module/PluginModule.h"
 #include "host/HostEngine.h"
 #include "kit/RunLoop.h"
+#include "module/PluginModule.h"
 
 #include <gtest/gtest.h>
 
@@ -57,7 +57,7 @@ protected:
     std::vector<std::string> commitFor(const std::string& import) const
     {
         return { "IPD_EnableSeletionLayerOperation 1", "IPD_GetSelectionMaskID", import,
-                 "IPD_StartRefreshingActiveLayer", "IPD_EnableSeletionLayerOperation 0", "IPD_RecordEvent 90" };
+            "IPD_StartRefreshingActiveLayer", "IPD_EnableSeletionLayerOperation 0", "IPD_RecordEvent 90" };
     }
     int alphaAt(int x, int y) const { return document.maskAlpha()[std::size_t(y) * document.canvasWidth() + x]; }
     static bool sameBits(const SelectionEventRecord& a, const SelectionEventRecord& b)
@@ -100,7 +100,7 @@ TEST_F(ReplayTest, AnEllipseUsesTheEllipseRasteriser)
     EXPECT_EQ(document.journal()[2].rfind("IPD_LayerPaint_ImportImageData 2 ", 0), 0u);
     EXPECT_NE(document.journal()[2].find(" at 9,19"), std::string::npos);
     EXPECT_EQ(alphaAt(25, 40), 255); // the centre
-    EXPECT_EQ(alphaAt(10, 20), 0);   // the box's corner lies outside the ellipse
+    EXPECT_EQ(alphaAt(10, 20), 0); // the box's corner lies outside the ellipse
 }
 
 TEST_F(ReplayTest, AToolNumberIsTruncatedTowardZero)
@@ -141,24 +141,17 @@ TEST_F(ReplayTest, RecordsTheRasteriserCannotTakeChangeNothing)
     const float nan = std::numeric_limits<float>::quiet_NaN();
     const float inf = std::numeric_limits<float>::infinity();
     std::vector<SelectionEventRecord> bad = {
-        marquee(0, nan, 20, 30, 40, 0),
-        marquee(0, 10, inf, 30, 40, 0),
-        marquee(1, 10, 20, -30, 40, 0),
-        marquee(0, 10, 20, 30, nan, 0),
-        marquee(0, 10, 20, 30, 40, -20), // margins that leave no pixel
-        marquee(1, 10, 20, 30, 40, nan),
-        marquee(0, 10, 20, 30, 40, 1000.5f),
-        marquee(0, 0, 0, 40000, 40000, 0),    // 1.6e9 pixels
-        marquee(0, 3e9f, 20, 30, 40, 0),      // an origin beyond the int range
-        marquee(1, -3e9f, 20, 30, 40, 0),
-        polygon(2, "10,#,20,#,110,#,20,#,", 0),
-        polygon(1000001, "10,#,20,#,110,#,20,#,60,#,90,#,", 0),
-        polygon(nan, "10,#,20,#,110,#,20,#,60,#,90,#,", 0),
-        polygon(-inf, "", 0),
-        polygon(4, "10,#,20,#,110,#,20,#,60,#,90,#,", 0), // three vertices for a count of four
+        marquee(0, nan, 20, 30, 40, 0), marquee(0, 10, inf, 30, 40, 0), marquee(1, 10, 20, -30, 40, 0),
+        marquee(0, 10, 20, 30, nan, 0), marquee(0, 10, 20, 30, 40, -20), // margins that leave no pixel
+        marquee(1, 10, 20, 30, 40, nan), marquee(0, 10, 20, 30, 40, 1000.5f),
+        marquee(0, 0, 0, 40000, 40000, 0), // 1.6e9 pixels
+        marquee(0, 3e9f, 20, 30, 40, 0), // an origin beyond the int range
+        marquee(1, -3e9f, 20, 30, 40, 0), polygon(2, "10,#,20,#,110,#,20,#,", 0),
+        polygon(1000001, "10,#,20,#,110,#,20,#,60,#,90,#,", 0), polygon(nan, "10,#,20,#,110,#,20,#,60,#,90,#,", 0),
+        polygon(-inf, "", 0), polygon(4, "10,#,20,#,110,#,20,#,60,#,90,#,", 0), // three vertices for a count of four
         polygon(3, "10,#,20,#,110,#,20,#,60,#,90,#,", nan),
         polygon(3, std::string("10,#,20,#,110,#,\0,#,20,#,60,#,90,#,", 35), 0), // ends at its NUL
-        polygon(3, "10,#,20,#,110,#,20,#,60,#,90,#,\xff", 0),                 // not UTF-8
+        polygon(3, "10,#,20,#,110,#,20,#,60,#,90,#,\xff", 0), // not UTF-8
     };
     for (SelectionEventRecord& r : bad) {
         table->play(handle, &r);

@@ -240,9 +240,10 @@ TEST_F(FilterSessionTest, BadFiltersAndPicturesStopTheScriptNamingTheCulprit)
     }
     EXPECT_EQ(runner->document().actionLog().size(), 0u);
     // A host record that no longer makes sense stops the replay, naming the record.
-    dir.write("bad.jsonl", R"({"kind":201,"param0":0,"param1":0,"param2":0,"param3":0,"param4":0,"param5":0,)"
-                           R"("param6":0,"param7":0,"param8":0,"text":"CINope","name":"Host"})"
-                           "\n");
+    dir.write("bad.jsonl",
+        R"({"kind":201,"param0":0,"param1":0,"param2":0,"param3":0,"param4":0,"param5":0,)"
+        R"("param6":0,"param7":0,"param8":0,"text":"CINope","name":"Host"})"
+        "\n");
     const std::string replayed = failure("run\nreplay bad.jsonl\n");
     EXPECT_NE(replayed.find("bad.jsonl: record 1: unknown filter 'CINope'"), std::string::npos) << replayed;
 }

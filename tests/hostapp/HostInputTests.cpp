@@ -1,12 +1,12 @@
 // The host's own controls under the overlay, and the mouse and key commands of sessions.
 #include "hostapp/PluginHost.h"
-#include "tests/hostapp/SessionFixture.h"
-#include "tests/support/BuiltPlugin.h"
 #include "hostapp/SessionRunner.h"
 #include "kit/Event.h"
 #include "kit/NotificationCenter.h"
 #include "kit/RunLoop.h"
 #include "kit/Window.h"
+#include "tests/hostapp/SessionFixture.h"
+#include "tests/support/BuiltPlugin.h"
 #include "tests/support/TempDir.h"
 
 #include <gtest/gtest.h>
@@ -90,9 +90,8 @@ TEST_F(HostInputTest, KeyReleasesThatNoToolTakesArePostedAsKeyUp)
 {
     std::vector<std::string> seen;
     int observer = 0;
-    kit::NotificationCenter::defaultCenter().addObserver(&observer, "keyUp", nullptr, [&](const kit::Notification& n) {
-        seen.push_back(static_cast<const kit::Event*>(n.sender)->characters());
-    });
+    kit::NotificationCenter::defaultCenter().addObserver(&observer, "keyUp", nullptr,
+        [&](const kit::Notification& n) { seen.push_back(static_cast<const kit::Event*>(n.sender)->characters()); });
     ASSERT_TRUE(run("key delete\nkey return\nkey x\ntype a\xC3\xA9\n"));
     kit::NotificationCenter::defaultCenter().removeObserver(&observer);
     EXPECT_EQ(seen, (std::vector<std::string> { "\x7f", "\r", "x", "a", "\xC3\xA9" }));

@@ -1,9 +1,9 @@
 // The on-screen window: the window system's events reach the plug-in the right way up.
 #include "hostapp/InteractiveWindow.h"
 #include "hostapp/PluginHost.h"
-#include "tests/support/BuiltPlugin.h"
 #include "hostapp/SessionRunner.h"
 #include "kit/RunLoop.h"
+#include "tests/support/BuiltPlugin.h"
 
 #include <gtest/gtest.h>
 
@@ -132,7 +132,8 @@ TEST(InteractiveWindow, TheLassosRubberBandFollowsThePointerBetweenClicks)
             auto picture = runner.canvas().window().renderImage();
             if (!picture)
                 return;
-            auto dark = [&](int x, int y) { return picture->rgba()[(std::size_t(y) * 1200 + std::size_t(x)) * 4] < 200; };
+            auto dark
+                = [&](int x, int y) { return picture->rgba()[(std::size_t(y) * 1200 + std::size_t(x)) * 4] < 200; };
             dashPixels = offLinePixels = 0;
             for (int x = 305; x < 495; ++x) {
                 dashPixels += dark(x, 600) || dark(x, 599);

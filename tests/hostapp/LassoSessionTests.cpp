@@ -142,7 +142,9 @@ TEST_F(LassoFieldTest, AnAbandonedPolygonsClearIsAnUndoStepOfItsOwn)
         error))
         << error;
     EXPECT_EQ(selected(), 0);
-    ASSERT_TRUE(run("click 600 300\nmove 700 300\nclick 700 300\nmove 650 200\ndoubleclick 650 200\nwait 0.1\nundo\n", error)) << error;
+    ASSERT_TRUE(
+        run("click 600 300\nmove 700 300\nclick 700 300\nmove 650 200\ndoubleclick 650 200\nwait 0.1\nundo\n", error))
+        << error;
     EXPECT_EQ(selected(), 0);
     ASSERT_TRUE(run("undo\n", error)) << error;
     EXPECT_EQ(selected(), 100 * 100);

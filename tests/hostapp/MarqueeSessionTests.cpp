@@ -1,10 +1,10 @@
 // Marquee selections made in scripted sessions land on the expected canvas pixels at any zoom
 // and layer offset, undo and redo step through them, and their logs replay to the same mask.
 #include "hostapp/PluginHost.h"
-#include "tests/support/BuiltPlugin.h"
 #include "hostapp/SessionRunner.h"
 #include "kit/Image.h"
 #include "kit/RunLoop.h"
+#include "tests/support/BuiltPlugin.h"
 #include "tests/support/TempDir.h"
 
 #include <gtest/gtest.h>
@@ -34,7 +34,8 @@ protected:
         std::ostringstream report;
         hostapp::SessionRunner runner(plugin->table(), dir.path(), report);
         std::string error;
-        auto script = hostapp::SessionScript::parse("run\nwait 1.1\n" + text + "save-mask " + maskName + "\n", "t", error);
+        auto script
+            = hostapp::SessionScript::parse("run\nwait 1.1\n" + text + "save-mask " + maskName + "\n", "t", error);
         EXPECT_TRUE(script && runner.run(*script, error)) << error;
         auto mask = kit::Image::imageWithContentsOfFile((dir.path() / maskName).string());
         std::vector<std::uint8_t> grey;
@@ -109,7 +110,8 @@ TEST_F(MarqueeSessionTest, NewReplacesAndAddKeepsTheSelection)
 
 TEST_F(MarqueeSessionTest, UndoAndRedoStepThroughTheSelections)
 {
-    const std::string two = "click 320 879\ndown 200 300\ndrag 300 400\nup 300 400\ndown 600 300\ndrag 700 400\nup 700 400\n";
+    const std::string two
+        = "click 320 879\ndown 200 300\ndrag 300 400\nup 300 400\ndown 600 300\ndrag 700 400\nup 700 400\n";
     const auto undone = session(two + "undo\n", "undone.png");
     EXPECT_EQ(at(undone, 150, 500), 255);
     EXPECT_EQ(at(undone, 550, 500), 0);
@@ -139,16 +141,16 @@ TEST_F(MarqueeSessionTest, TheEllipseButtonSelectsAnEllipse)
 {
     const auto mask = session("click 128 879\ndown 200 300\ndrag 300 400\nup 300 400\n");
     EXPECT_EQ(at(mask, 150, 500), 255); // the centre
-    EXPECT_EQ(at(mask, 101, 452), 0);   // a corner of the box
+    EXPECT_EQ(at(mask, 101, 452), 0); // a corner of the box
 }
 
 TEST_F(MarqueeSessionTest, ALogHoldsOneRecordPerSelectionAndReplaysToTheSameMask)
 {
     const std::string feathered = "click 470 876\ntype 7.5\nkey return\n";
-    const auto original = session("click 320 879\n" + feathered + "down 200 300\ndrag 300 400\nup 300 400\n" +
-                                      "click 128 879\n" + feathered + "down 600 300\ndrag 760 420\nup 760 420\n" +
-                                      "down 500 500\ndrag 500 520\nup 500 520\nsave-log log.jsonl\n",
-                                  "original.png");
+    const auto original = session("click 320 879\n" + feathered + "down 200 300\ndrag 300 400\nup 300 400\n"
+            + "click 128 879\n" + feathered + "down 600 300\ndrag 760 420\nup 760 420\n"
+            + "down 500 500\ndrag 500 520\nup 500 520\nsave-log log.jsonl\n",
+        "original.png");
     std::ifstream log(dir.path() / "log.jsonl");
     std::string line;
     int records = 0;

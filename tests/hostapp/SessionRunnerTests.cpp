@@ -1,12 +1,12 @@
 // Sessions run against the real plug-in bundle and engine, in-process and as the host program.
 #include "host/HostEngine.h"
 #include "hostapp/PluginHost.h"
-#include "tests/hostapp/SessionFixture.h"
-#include "tests/support/BuiltPlugin.h"
 #include "hostapp/SessionRunner.h"
 #include "kit/Image.h"
 #include "kit/RunLoop.h"
 #include "kit/Window.h"
+#include "tests/hostapp/SessionFixture.h"
+#include "tests/support/BuiltPlugin.h"
 #include "tests/support/TempDir.h"
 
 #include <gtest/gtest.h>
@@ -31,7 +31,8 @@ using SessionTest = SessionFixture;
 TEST_F(SessionTest, SettingsReachTheDocumentAndTheWindow)
 {
     std::string error;
-    ASSERT_TRUE(run("window 800 600\ncanvas 640 480\nview 10 20 320 240\nviewsize 640 480\nlayer-offset 5 -7\n", error)) << error;
+    ASSERT_TRUE(run("window 800 600\ncanvas 640 480\nview 10 20 320 240\nviewsize 640 480\nlayer-offset 5 -7\n", error))
+        << error;
     auto& doc = runner->document();
     EXPECT_EQ(doc.canvasWidth(), 640);
     EXPECT_EQ(doc.viewRect(), (engine::ViewRect { 10, 20, 320, 240 }));
@@ -165,8 +166,9 @@ TEST_F(SessionTest, RuntimeFailuresNameTheLineAndKeepEarlierFiles)
 {
     std::string error;
     EXPECT_FALSE(run("canvas 30000 30000\n", error));
-    EXPECT_EQ(error, "t.session:1: canvas: a canvas of 30000 x 30000 pixels is refused: sides from 1 to 65536 and at "
-                     "most 268435456 pixels in all");
+    EXPECT_EQ(error,
+        "t.session:1: canvas: a canvas of 30000 x 30000 pixels is refused: sides from 1 to 65536 and at "
+        "most 268435456 pixels in all");
     EXPECT_FALSE(run("window 16384 16384\n", error));
     EXPECT_EQ(error, "t.session:1: window: a window of 16384 x 16384 points is refused: at most 8192 a side");
     EXPECT_FALSE(run("save-log first.jsonl\nreplay first.jsonl\n", error));
@@ -224,9 +226,9 @@ TEST(HostProgram, DemoWritesItsFilesIntoOut)
     TempDir dir;
     ASSERT_EQ(host("demo", dir.path()), 0) << readFile(dir.path() / "err.txt");
     for (const char* file : { "demo-mask.png", "demo-log.jsonl", "demo-replayed-mask.png", "demo-rectangle-drag.png",
-                              "demo-ellipse-drag.png", "demo-marquee-panel.png", "demo-lasso-panel.png",
-                              "demo-lasso-drawing.png", "demo-brush-panel.png", "demo-replayed-window.png",
-                              "demo-filtered-picture.png", "demo-replayed-picture.png" })
+             "demo-ellipse-drag.png", "demo-marquee-panel.png", "demo-lasso-panel.png", "demo-lasso-drawing.png",
+             "demo-brush-panel.png", "demo-replayed-window.png", "demo-filtered-picture.png",
+             "demo-replayed-picture.png" })
         EXPECT_TRUE(fs::exists(dir.path() / "out" / file)) << file;
     const std::string out = readFile(dir.path() / "out.txt");
     EXPECT_NE(out.find("wrote out/demo-mask.png"), std::string::npos);
@@ -257,8 +259,10 @@ TEST(HostProgram, ABadScriptStopsWithStatusTwoAndTheLine)
 TEST(HostProgram, AShapeWhollyOffTheCanvasCostsItsMaskNotTheDistance)
 {
     TempDir dir;
-    dir.write("far.jsonl", R"({"kind":90,"param0":2,"param1":0,"param2":1,"param3":1e9,"param4":1e9,"param5":3000,)"
-                           R"("param6":3000,"param7":0,"param8":100,"text":"","name":"Selection"})" "\n");
+    dir.write("far.jsonl",
+        R"({"kind":90,"param0":2,"param1":0,"param2":1,"param3":1e9,"param4":1e9,"param5":3000,)"
+        R"("param6":3000,"param7":0,"param8":100,"text":"","name":"Selection"})"
+        "\n");
     long peak = 0;
     ASSERT_EQ(host("replay far.jsonl --out r", dir.path(), &peak), 0) << readFile(dir.path() / "err.txt");
     EXPECT_NE(readFile(dir.path() / "out.txt").find("replayed 1 record"), std::string::npos);

@@ -17,7 +17,7 @@ TEST(SessionScript, ParsesCommandsCommentsAndPaths)
                                              "wait 0.55\n"
                                              "save-mask  out dir/mask one.png  \n"
                                              "run\n",
-                                             "s.txt", error);
+        "s.txt", error);
     ASSERT_TRUE(script) << error;
     const auto& c = script->commands();
     ASSERT_EQ(c.size(), 5u);
@@ -77,7 +77,8 @@ TEST(SessionScript, RefusesBadCommandsAndArgumentsWithFileAndLine)
 TEST(SessionScript, InputCommandsTakeOptionalCountsKeysAndText)
 {
     std::string error;
-    const auto script = SessionScript::parse("down 10.5 20\nup 10.5 20 2\nkey tab\nkey \xC3\xA9\ntype hello world\n", "s", error);
+    const auto script
+        = SessionScript::parse("down 10.5 20\nup 10.5 20 2\nkey tab\nkey \xC3\xA9\ntype hello world\n", "s", error);
     ASSERT_TRUE(script) << error;
     const auto& c = script->commands();
     EXPECT_EQ(c[0].numbers, (std::vector<double> { 10.5, 20 }));

@@ -37,8 +37,8 @@ TEST_F(BundleLookup, ResourcePathsAreNormalisedAndMustExist)
     EXPECT_EQ(bundle->resourcePath(), (app / "Contents/Resources").string());
     EXPECT_EQ(bundle->pathForResource("text_editbox", "png"), (app / "Contents/Resources/text_editbox.png").string());
     // The plug-in's own lookup: a folder bundle one level up, beside the resource folder.
-    EXPECT_EQ(bundle->pathForResource("Tools", "bundle", "../PlugIns"),
-              (app / "Contents/PlugIns/Tools.bundle").string());
+    EXPECT_EQ(
+        bundle->pathForResource("Tools", "bundle", "../PlugIns"), (app / "Contents/PlugIns/Tools.bundle").string());
     EXPECT_EQ(bundle->pathForResource("Missing", "bundle", "../PlugIns"), std::nullopt);
     EXPECT_EQ(bundle->pathForResource("text_editbox", "jpg"), std::nullopt);
     EXPECT_EQ(bundle->pathForResource("", "png"), std::nullopt);

@@ -153,8 +153,8 @@ TEST(ScanlineRasterizer, SelfCrossingPolygonsCoverTheAreaTheirRuleCounts)
             const auto want = coverage_reference::measure(polygon, 24, 24, rule == kit::FillRule::EvenOdd);
             for (std::size_t i = 0; i < got.size(); ++i) {
                 worst = std::max(worst, std::fabs(got[i] - want[i]) * 255);
-                ASSERT_NEAR(got[i], want[i], 2.0 / 255) << "shape " << shape << " pixel " << i % 24 << ","
-                                                        << i / 24 << (rule == kit::FillRule::EvenOdd ? " even-odd" : "");
+                ASSERT_NEAR(got[i], want[i], 2.0 / 255) << "shape " << shape << " pixel " << i % 24 << "," << i / 24
+                                                        << (rule == kit::FillRule::EvenOdd ? " even-odd" : "");
             }
         }
     }
@@ -168,7 +168,8 @@ TEST(ScanlineRasterizer, WithoutAntialiasingAPixelIsInByItsCentre)
     const auto got = coverage(polygon, 8, 5, kit::FillRule::NonZero, false);
     for (int y = 0; y < 5; ++y)
         for (int x = 0; x < 8; ++x)
-            EXPECT_EQ(got[std::size_t(y * 8 + x)], (x >= 2 && x <= 5 && y >= 2 && y <= 2) ? 1.0f : 0.0f) << x << "," << y;
+            EXPECT_EQ(got[std::size_t(y * 8 + x)], (x >= 2 && x <= 5 && y >= 2 && y <= 2) ? 1.0f : 0.0f)
+                << x << "," << y;
 }
 
 TEST(ScanlineRasterizer, ShapesBeyondTheClipKeepTheAreaInsideIt)
@@ -274,10 +275,13 @@ struct Canvas {
     explicit Canvas(int w, int h) : width(w), height(h), pixels(std::size_t(w * h * 4), 0)
     {
         auto space = kit::ColorSpace::createDeviceRGB();
-        context = kit::BitmapContext::create(pixels.data(), w, h, 8, std::size_t(w) * 4, space.get(),
-                                             kit::ImageAlphaPremultipliedLast);
+        context = kit::BitmapContext::create(
+            pixels.data(), w, h, 8, std::size_t(w) * 4, space.get(), kit::ImageAlphaPremultipliedLast);
     }
-    const std::uint8_t* at(int column, int memoryRow) const { return &pixels[std::size_t((memoryRow * width + column) * 4)]; }
+    const std::uint8_t* at(int column, int memoryRow) const
+    {
+        return &pixels[std::size_t((memoryRow * width + column) * 4)];
+    }
     int width, height;
     std::vector<std::uint8_t> pixels;
     kit::RefPtr<kit::BitmapContext> context;
@@ -289,9 +293,11 @@ TEST(BitmapContext, RefusesLayoutsOtherThanPremultipliedRGBA8)
     auto space = kit::ColorSpace::createDeviceRGB();
     EXPECT_TRUE(kit::BitmapContext::create(memory.data(), 4, 4, 8, 16, space.get(), kit::ImageAlphaPremultipliedLast));
     EXPECT_FALSE(kit::BitmapContext::create(nullptr, 4, 4, 8, 16, space.get(), kit::ImageAlphaPremultipliedLast));
-    EXPECT_FALSE(kit::BitmapContext::create(memory.data(), 4, 4, 16, 16, space.get(), kit::ImageAlphaPremultipliedLast));
+    EXPECT_FALSE(
+        kit::BitmapContext::create(memory.data(), 4, 4, 16, 16, space.get(), kit::ImageAlphaPremultipliedLast));
     EXPECT_FALSE(kit::BitmapContext::create(memory.data(), 4, 4, 8, 12, space.get(), kit::ImageAlphaPremultipliedLast));
-    EXPECT_FALSE(kit::BitmapContext::create(memory.data(), 4, 4, 8, 16, space.get(), kit::ImageAlphaPremultipliedFirst));
+    EXPECT_FALSE(
+        kit::BitmapContext::create(memory.data(), 4, 4, 8, 16, space.get(), kit::ImageAlphaPremultipliedFirst));
     EXPECT_FALSE(kit::BitmapContext::create(memory.data(), 0, 4, 8, 16, space.get(), kit::ImageAlphaPremultipliedLast));
     EXPECT_EQ(kit::ImageAlphaPremultipliedLast, 1u);
 }

@@ -71,8 +71,16 @@ public:
         if (passOn("cursor"))
             kit::View::cursorUpdate(e);
     }
-    kit::DragOperation draggingEntered(const kit::DraggingInfo&) override { log->push_back(name + ":dragEntered"); return answer; }
-    kit::DragOperation draggingUpdated(const kit::DraggingInfo&) override { log->push_back(name + ":dragUpdated"); return answer; }
+    kit::DragOperation draggingEntered(const kit::DraggingInfo&) override
+    {
+        log->push_back(name + ":dragEntered");
+        return answer;
+    }
+    kit::DragOperation draggingUpdated(const kit::DraggingInfo&) override
+    {
+        log->push_back(name + ":dragUpdated");
+        return answer;
+    }
     void draggingExited(const kit::DraggingInfo&) override { log->push_back(name + ":dragExited"); }
     void draggingEnded(const kit::DraggingInfo&) override { log->push_back(name + ":dragEnded"); }
     bool performDragOperation(const kit::DraggingInfo& info) override
@@ -118,10 +126,10 @@ TEST_F(EventTest, APressGoesToTheDeepestVisibleViewAndItsDragsFollowIt)
     content->addSubview(panel.get());
     content->addSubview(hiddenTop.get());
 
-    send(EventType::LeftMouseDown, 120, 120);        // inside the button
-    send(EventType::LeftMouseDragged, 390, 290);     // far outside it
+    send(EventType::LeftMouseDown, 120, 120); // inside the button
+    send(EventType::LeftMouseDragged, 390, 290); // far outside it
     send(EventType::LeftMouseUp, 5, 5);
-    send(EventType::LeftMouseDown, 250, 150);        // on the panel only
+    send(EventType::LeftMouseDown, 250, 150); // on the panel only
     EXPECT_EQ(log, (std::vector<std::string> { "button:down", "button:drag", "button:up", "panel:down" }));
 }
 
@@ -163,7 +171,9 @@ TEST_F(EventTest, UnhandledEventsRunUpTheChainToTheContentView)
     content->addSubview(overlay.get());
     send(EventType::LeftMouseDown, 50, 50);
     send(EventType::LeftMouseUp, 50, 50);
-    EXPECT_EQ(log, (std::vector<std::string> { "tool:down", "overlay:down", "content:down", "tool:up", "overlay:up", "content:up" }));
+    EXPECT_EQ(log,
+        (std::vector<std::string> {
+            "tool:down", "overlay:down", "content:down", "tool:up", "overlay:up", "content:up" }));
     // Past the content view the window and the application drop it quietly.
     content->take = false;
     log.clear();
@@ -290,8 +300,9 @@ TEST_F(EventTest, DragsReachTheDeepestViewRegisteredForFileNames)
     EXPECT_EQ(window->dragMoved(info), kit::DragOperationNone);
     info.location = { 150, 60 };
     EXPECT_TRUE(window->dragDropped(info));
-    EXPECT_EQ(log, (std::vector<std::string> { "target:dragEntered", "target:dragUpdated", "target:dragExited",
-                                               "target:dragEntered", "target:drop /tmp/picture.png", "target:dragEnded" }));
+    EXPECT_EQ(log,
+        (std::vector<std::string> { "target:dragEntered", "target:dragUpdated", "target:dragExited",
+            "target:dragEntered", "target:drop /tmp/picture.png", "target:dragEnded" }));
 }
 
 } // namespace

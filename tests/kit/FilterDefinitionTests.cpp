@@ -285,8 +285,10 @@ ColorMap vibranceMap(double a)
         const double m = (q[0] + q[1] + q[2]) / 3;
         auto term = [&](int i) { return std::max((q[std::size_t(i)] - m) / (1 - m), (m - q[std::size_t(i)]) / m); };
         const double s = std::max({ term(0), term(1), term(2) });
-        const double skin = 0.15 + 0.7 * std::clamp(4 * std::min(q[0] - q[1], 2 * q[1] - q[2]) * (1 - term(0)) / m, 0.0, 1.0);
-        const double v[4] = { 3 * a, -4.5 * a * a - 1.5 * a, 4.5 * a * a * a - 0.5 * a, -4.5 * a * a * a + 4.5 * a * a - a };
+        const double skin
+            = 0.15 + 0.7 * std::clamp(4 * std::min(q[0] - q[1], 2 * q[1] - q[2]) * (1 - term(0)) / m, 0.0, 1.0);
+        const double v[4]
+            = { 3 * a, -4.5 * a * a - 1.5 * a, 4.5 * a * a * a - 0.5 * a, -4.5 * a * a * a + 4.5 * a * a - a };
         const double boost = (v[0] + v[1] * s + v[2] * s * s + v[3] * s * s * s) * (1 - skin);
         Rgb out;
         for (int i = 0; i < 3; ++i)
@@ -326,9 +328,8 @@ std::function<Picture(const Picture&)> mapped(ColorMap f)
 
 std::vector<Case> cases()
 {
-    auto convolve = [](std::map<std::pair<int, int>, double> w) {
-        return [w](const Picture& in) { return convolved(in, w); };
-    };
+    auto convolve
+        = [](std::map<std::pair<int, int>, double> w) { return [w](const Picture& in) { return convolved(in, w); }; };
     auto resample = [](auto f) { return [f](const Picture& in) { return resampled(in, f); }; };
     return {
         { "CIGaussianBlur", {}, {}, convolve(gaussianWeights(10)), grown(30, 30) },
@@ -343,8 +344,7 @@ std::vector<Case> cases()
             grown(8, 8) },
         { "CIDiscBlur", { { "inputRadius", 3.5 } }, {},
             convolve(uniformWeights(3, [](int x, int y) { return x * x + y * y <= 12.25; })), grown(4, 4) },
-        { "CIMotionBlur", {}, {}, resample([](double x, double y) { return alongLine(x, y, 20, 0); }),
-            grown(20, 0) },
+        { "CIMotionBlur", {}, {}, resample([](double x, double y) { return alongLine(x, y, 20, 0); }), grown(20, 0) },
         { "CIMotionBlur", { { "inputRadius", 5 }, { "inputAngle", 0.7 } }, {},
             resample([](double x, double y) { return alongLine(x, y, 5, 0.7); }),
             grown(float(5 * std::cos(0.7)), float(5 * std::sin(0.7))) },
@@ -354,55 +354,66 @@ std::vector<Case> cases()
         { "CIColorControls", {}, {}, mapped(controls(1, 0, 1)), kSame },
         { "CIColorControls", { { "inputSaturation", 1.6 }, { "inputBrightness", -0.1 }, { "inputContrast", 1.3 } }, {},
             mapped(controls(1.6, -0.1, 1.3)), kSame },
-        { "CIExposureAdjust", { { "inputEV", -0.75 } }, {}, mapped([](Rgb c) { return Rgb { c[0] * std::exp2(-0.75), c[1] * std::exp2(-0.75), c[2] * std::exp2(-0.75) }; }),
+        { "CIExposureAdjust", { { "inputEV", -0.75 } }, {}, mapped([](Rgb c) {
+             return Rgb { c[0] * std::exp2(-0.75), c[1] * std::exp2(-0.75), c[2] * std::exp2(-0.75) };
+         }),
             kSame },
         { "CIGammaAdjust", {}, {}, mapped(matrix({ 1, 0, 0, 0, 1, 0, 0, 0, 1 })), kSame },
         { "CIGammaAdjust", { { "inputPower", 0.45 } }, {}, mapped([](Rgb c) {
-              return Rgb { std::pow(c[0], 0.45), std::pow(c[1], 0.45), std::pow(c[2], 0.45) };
-          }),
+             return Rgb { std::pow(c[0], 0.45), std::pow(c[1], 0.45), std::pow(c[2], 0.45) };
+         }),
             kSame },
         { "CIHueAdjust", { { "inputAngle", 2.1 } }, {}, mapped(hueRotation(2.1)), kSame },
         { "CIHueAdjust", {}, {}, mapped(hueRotation(0)), kSame },
         { "CIVibrance", { { "inputAmount", 0.8 } }, {}, mapped(vibranceMap(0.8)), kSame },
         { "CIVibrance", { { "inputAmount", -0.6 } }, {}, mapped(vibranceMap(-0.6)), kSame },
-        { "CIColorInvert", {}, {}, mapped([](Rgb c) { return Rgb { 1 - c[0], 1 - c[1], 1 - c[2] }; }), kSame },
+        { "CIColorInvert", {}, {}, mapped([](Rgb c) {
+             return Rgb { 1 - c[0], 1 - c[1], 1 - c[2] };
+         }),
+            kSame },
         { "CIColorPosterize", { { "inputLevels", 4 } }, {}, mapped([](Rgb c) {
-              for (double& v : c)
-                  v = toLinear(std::floor(toSRGB(std::clamp(v, 0.0, 1.0)) * 4 + 0.5) / 4);
-              return c;
-          }),
+             for (double& v : c)
+                 v = toLinear(std::floor(toSRGB(std::clamp(v, 0.0, 1.0)) * 4 + 0.5) / 4);
+             return c;
+         }),
             kSame },
         { "CIPhotoEffectChrome", {}, {}, mapped(photoEffect(1.25, { 0, 1, 0, 1, 0, 1 }, 0.35)), kSame },
         { "CIPhotoEffectFade", {}, {}, mapped(photoEffect(0.65, { 0.08, 0.92, 0.08, 0.92, 0.08, 0.92 }, 0)), kSame },
         { "CIPhotoEffectInstant", {}, {}, mapped(photoEffect(0.85, { 0.06, 0.98, 0.04, 0.95, 0.10, 0.82 }, 0.10)),
             kSame },
         { "CIPhotoEffectMono", {}, {}, mapped([](Rgb c) {
-              const double y = 0.06 + 0.88 * luma709({ toSRGB(c[0]), toSRGB(c[1]), toSRGB(c[2]) });
-              return Rgb { toLinear(y), toLinear(y), toLinear(y) };
-          }),
+             const double y = 0.06 + 0.88 * luma709({ toSRGB(c[0]), toSRGB(c[1]), toSRGB(c[2]) });
+             return Rgb { toLinear(y), toLinear(y), toLinear(y) };
+         }),
             kSame },
-        { "CIPhotoEffectProcess", {}, {}, mapped(photoEffect(0.90, { 0.02, 0.90, 0, 0.97, 0.10, 1.00 }, 0.25)),
-            kSame },
+        { "CIPhotoEffectProcess", {}, {}, mapped(photoEffect(0.90, { 0.02, 0.90, 0, 0.97, 0.10, 1.00 }, 0.25)), kSame },
         { "CIPhotoEffectTransfer", {}, {}, mapped(photoEffect(1.05, { 0.04, 1.00, 0.02, 0.96, 0, 0.84 }, 0.20)),
             kSame },
         { "CISepiaTone", {}, {}, mapped(sepia(1)), kSame },
         { "CISepiaTone", { { "inputIntensity", 0.4 } }, {}, mapped(sepia(0.4)), kSame },
-        { "CIVignette", { { "inputIntensity", 0.9 }, { "inputRadius", 0.5 } }, {}, [](const Picture& in) {
-             const double reach = 0.5 * std::hypot(kW, kH) / 2;
-             return darkened(in, [reach](double x, double y) {
-                 return smoothstep(0.5, 1.5, std::hypot(x - kW / 2.0, y - kH / 2.0) / reach);
-             }, 0.9);
-         },
+        { "CIVignette", { { "inputIntensity", 0.9 }, { "inputRadius", 0.5 } }, {},
+            [](const Picture& in) {
+                const double reach = 0.5 * std::hypot(kW, kH) / 2;
+                return darkened(
+                    in,
+                    [reach](double x, double y) {
+                        return smoothstep(0.5, 1.5, std::hypot(x - kW / 2.0, y - kH / 2.0) / reach);
+                    },
+                    0.9);
+            },
             kSame },
         { "CIVignette", {}, {}, [](const Picture& in) { return in; }, kSame },
-        { "CIVignetteEffect", {}, {}, [](const Picture& in) {
-             return darkened(in, [](double x, double y) { return smoothstep(75, 225, std::hypot(x - 150, y - 150)); }, 1);
-         },
+        { "CIVignetteEffect", {}, {},
+            [](const Picture& in) {
+                return darkened(
+                    in, [](double x, double y) { return smoothstep(75, 225, std::hypot(x - 150, y - 150)); }, 1);
+            },
             kSame },
         { "CIVignetteEffect", { { "inputRadius", 9 }, { "inputIntensity", -0.5 }, { "inputFalloff", 0.3 } },
-            { { "inputCenter", { 12, 7 } } }, [](const Picture& in) {
-                return darkened(in, [](double x, double y) { return smoothstep(6.3, 11.7, std::hypot(x - 12, y - 7)); },
-                    -0.5);
+            { { "inputCenter", { 12, 7 } } },
+            [](const Picture& in) {
+                return darkened(
+                    in, [](double x, double y) { return smoothstep(6.3, 11.7, std::hypot(x - 12, y - 7)); }, -0.5);
             },
             kSame },
         { "CIBumpDistortion", {}, {}, resample([](double x, double y) { return bumped(x, y, 150, 150, 300, 0.5); }),

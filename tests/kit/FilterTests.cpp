@@ -77,14 +77,14 @@ std::vector<std::uint8_t> blurThroughContext(const std::vector<std::uint8_t>& rg
 {
     auto space = kit::ColorSpace::createDeviceRGB();
     auto data = kit::Data::dataWithBytes(rgba.data(), rgba.size());
-    auto image = kit::CIImage::imageWithBitmapData(data, std::size_t(w) * 4, { float(w), float(h) }, kit::CIFormatRGBA8,
-                                                   space.get());
+    auto image = kit::CIImage::imageWithBitmapData(
+        data, std::size_t(w) * 4, { float(w), float(h) }, kit::CIFormatRGBA8, space.get());
     auto filter = kit::CIFilter::filterWithName("CIGaussianBlur");
     filter->setValueForKey(image, "inputImage");
     filter->setValueForKey(sigma, "inputRadius");
     std::vector<std::uint8_t> out(rgba.size(), 0);
-    auto context = kit::BitmapContext::create(out.data(), w, h, 8, std::size_t(w) * 4, space.get(),
-                                              kit::ImageAlphaPremultipliedLast);
+    auto context = kit::BitmapContext::create(
+        out.data(), w, h, 8, std::size_t(w) * 4, space.get(), kit::ImageAlphaPremultipliedLast);
     auto ciContext = kit::CIContext::contextWithCGContextOptions(context.get(), nullptr);
     const kit::Rect whole(0, 0, float(w), float(h));
     EXPECT_TRUE(ciContext->drawImageInRectFromRect(filter->outputImage().get(), whole, whole));
@@ -120,8 +120,8 @@ TEST_P(GaussianBlurAccuracy, EveryChannelIsWithinOneStepOfTheExactGaussian)
 }
 
 INSTANTIATE_TEST_SUITE_P(RadiiFromTinyToHundred, GaussianBlurAccuracy,
-                         ::testing::Values(0.00005, 0.0001, 0.01, 0.15, 0.16, 0.2, 0.35, 0.5, 0.75, 1.0, 1.6, 2.5, 4.0,
-                                           7.0, 12.0, 25.0, 50.0, 100.0));
+    ::testing::Values(
+        0.00005, 0.0001, 0.01, 0.15, 0.16, 0.2, 0.35, 0.5, 0.75, 1.0, 1.6, 2.5, 4.0, 7.0, 12.0, 25.0, 50.0, 100.0));
 
 TEST(GaussianBlur, ASpanBlursExactlyAsTheDirectSumOverItsCoverage)
 {
@@ -176,8 +176,8 @@ TEST(CIContext, DrawsTheSourceRectangleIntoTheDestinationRectangleWithYUp)
     // A 2 x 2 image, memory top row first: top (red, green), bottom (blue, white).
     const std::vector<std::uint8_t> rgba = { 255, 0, 0, 255, 0, 255, 0, 255, 0, 0, 255, 255, 255, 255, 255, 255 };
     auto space = kit::ColorSpace::createDeviceRGB();
-    auto image = kit::CIImage::imageWithBitmapData(kit::Data::dataWithBytes(rgba.data(), rgba.size()), 8, { 2, 2 },
-                                                   kit::CIFormatRGBA8, space.get());
+    auto image = kit::CIImage::imageWithBitmapData(
+        kit::Data::dataWithBytes(rgba.data(), rgba.size()), 8, { 2, 2 }, kit::CIFormatRGBA8, space.get());
     std::vector<std::uint8_t> out(4 * 4 * 4, 0);
     auto context = kit::BitmapContext::create(out.data(), 4, 4, 8, 16, space.get(), kit::ImageAlphaPremultipliedLast);
     auto ciContext = kit::CIContext::contextWithCGContextOptions(context.get(), nullptr);
@@ -185,7 +185,10 @@ TEST(CIContext, DrawsTheSourceRectangleIntoTheDestinationRectangleWithYUp)
     // hanging over the image's right edge, which reads transparent black there.
     ASSERT_TRUE(ciContext->drawImageInRectFromRect(image.get(), kit::Rect(0, 0, 2, 1), kit::Rect(0, 1, 2, 1)));
     ASSERT_TRUE(ciContext->drawImageInRectFromRect(image.get(), kit::Rect(2, 3, 2, 1), kit::Rect(1, 0, 2, 1)));
-    auto pixel = [&](int column, int row) { return std::vector<std::uint8_t>(&out[std::size_t((row * 4 + column) * 4)], &out[std::size_t((row * 4 + column) * 4 + 4)]); };
+    auto pixel = [&](int column, int row) {
+        return std::vector<std::uint8_t>(
+            &out[std::size_t((row * 4 + column) * 4)], &out[std::size_t((row * 4 + column) * 4 + 4)]);
+    };
     EXPECT_EQ(pixel(0, 3), (std::vector<std::uint8_t> { 255, 0, 0, 255 }));
     EXPECT_EQ(pixel(1, 3), (std::vector<std::uint8_t> { 0, 255, 0, 255 }));
     EXPECT_EQ(pixel(2, 0), (std::vector<std::uint8_t> { 255, 255, 255, 255 }));
@@ -233,8 +236,8 @@ TEST(CIImage, ARGBDataIsReadAsAlphaFirst)
 {
     const std::vector<std::uint8_t> argb = { 200, 10, 20, 30 };
     auto space = kit::ColorSpace::createDeviceRGB();
-    auto image = kit::CIImage::imageWithBitmapData(kit::Data::dataWithBytes(argb.data(), 4), 4, { 1, 1 },
-                                                   kit::CIFormatARGB8, space.get());
+    auto image = kit::CIImage::imageWithBitmapData(
+        kit::Data::dataWithBytes(argb.data(), 4), 4, { 1, 1 }, kit::CIFormatARGB8, space.get());
     ASSERT_TRUE(image);
     std::vector<std::uint8_t> out(4, 0);
     ASSERT_TRUE(image->drawArea(0, 0, 1, 1, out.data(), 4));
@@ -265,8 +268,8 @@ TEST(CIFilter, GaussianBlurHasItsKeysAndDefaultsAndAnOutputOnlyWithAnInput)
 
     const std::vector<std::uint8_t> rgba(4 * 4 * 4, 255);
     auto space = kit::ColorSpace::createDeviceRGB();
-    auto image = kit::CIImage::imageWithBitmapData(kit::Data::dataWithBytes(rgba.data(), rgba.size()), 16, { 4, 4 },
-                                                   kit::CIFormatRGBA8, space.get());
+    auto image = kit::CIImage::imageWithBitmapData(
+        kit::Data::dataWithBytes(rgba.data(), rgba.size()), 16, { 4, 4 }, kit::CIFormatRGBA8, space.get());
     filter->setValueForKey(image, "inputImage");
     filter->setValueForKey(2.0, "inputRadius");
     auto output = filter->imageForKey("outputImage");
@@ -314,8 +317,8 @@ std::vector<std::uint8_t> drawnInto(const kit::CIImage& image, int w, int h, boo
 {
     std::vector<std::uint8_t> out(std::size_t(w * h * 4), 7);
     auto space = srgb ? kit::ColorSpace::createSRGB() : kit::ColorSpace::createDeviceRGB();
-    auto context = kit::BitmapContext::create(out.data(), w, h, 8, std::size_t(w) * 4, space.get(),
-                                              kit::ImageAlphaPremultipliedLast);
+    auto context = kit::BitmapContext::create(
+        out.data(), w, h, 8, std::size_t(w) * 4, space.get(), kit::ImageAlphaPremultipliedLast);
     const kit::Rect whole(0, 0, float(w), float(h));
     EXPECT_TRUE(kit::CIContext::contextWithCGContextOptions(context.get(), nullptr)
                     ->clearAndDrawImageInRectFromRect(&image, whole, whole));
@@ -363,7 +366,8 @@ TEST(CIImage, ClampingRepeatsTheEdgesWithoutEndAndCroppingCutsBack)
     std::vector<std::uint8_t> row(4 * 4, 1);
     ASSERT_TRUE(cropped->drawArea(-2, 4, 4, 1, row.data(), 16, true, space.get()));
     EXPECT_EQ(std::vector<std::uint8_t>(row.begin(), row.begin() + 4), (std::vector<std::uint8_t> { 0, 0, 0, 0 }));
-    EXPECT_TRUE(std::equal(row.begin() + 4, row.begin() + 12, std::vector<std::uint8_t> { 0, 255, 90, 255, 0, 255, 90, 255 }.begin()));
+    EXPECT_TRUE(std::equal(
+        row.begin() + 4, row.begin() + 12, std::vector<std::uint8_t> { 0, 255, 90, 255, 0, 255, 90, 255 }.begin()));
     EXPECT_EQ(std::vector<std::uint8_t>(row.begin() + 12, row.end()), (std::vector<std::uint8_t> { 0, 0, 0, 0 }));
 }
 
@@ -394,9 +398,9 @@ TEST(CIFilter, ChannelMapsOverBitmapBytesDrawTheBytesOfTheFloatPath)
     const int w = 37, h = 23;
     const auto rgba = testImage(w, h, Paint::Colours, 11);
     auto picture = srgbImage(rgba, w, h);
-    const std::vector<std::pair<const char*, std::pair<const char*, double>>> maps = { { "CIColorInvert", { "", 0 } },
-        { "CIExposureAdjust", { "inputEV", 0.6 } }, { "CIGammaAdjust", { "inputPower", 0.45 } },
-        { "CIColorPosterize", { "inputLevels", 3 } } };
+    const std::vector<std::pair<const char*, std::pair<const char*, double>>> maps
+        = { { "CIColorInvert", { "", 0 } }, { "CIExposureAdjust", { "inputEV", 0.6 } },
+              { "CIGammaAdjust", { "inputPower", 0.45 } }, { "CIColorPosterize", { "inputLevels", 3 } } };
     for (const auto& [name, setting] : maps) {
         std::vector<std::uint8_t> drawn[2];
         for (int way = 0; way < 2; ++way) {
@@ -419,9 +423,9 @@ TEST(CIFilter, FiltersThatDrawBitmapBytesDirectlyAgreeWithTheFloatPath)
     const int w = 1700, h = 9;
     const auto rgba = testImage(w, h, Paint::Colours, 5);
     auto picture = srgbImage(rgba, w, h);
-    const std::vector<std::pair<const char*, std::pair<const char*, double>>> filters = {
-        { "CIBoxBlur", { "inputRadius", 15 } }, { "CIGaussianBlur", { "inputRadius", 2 } },
-        { "CIHueAdjust", { "inputAngle", 2 } }, { "CISepiaTone", { "inputIntensity", 0.7 } } };
+    const std::vector<std::pair<const char*, std::pair<const char*, double>>> filters
+        = { { "CIBoxBlur", { "inputRadius", 15 } }, { "CIGaussianBlur", { "inputRadius", 2 } },
+              { "CIHueAdjust", { "inputAngle", 2 } }, { "CISepiaTone", { "inputIntensity", 0.7 } } };
     for (const auto& [name, setting] : filters) {
         std::vector<std::uint8_t> drawn[2];
         for (int way = 0; way < 2; ++way) {

@@ -140,7 +140,7 @@ TEST(GraphicsContextStroke, ThePhaseStartsThePatternPartWay)
 TEST(GraphicsContextStroke, AnUnusableDashDrawsASolidLine)
 {
     for (const std::vector<float>& dash : { std::vector<float> { 4, -1 }, std::vector<float> { 0, 0 },
-                                            std::vector<float> { std::numeric_limits<float>::quiet_NaN(), 2 } }) {
+             std::vector<float> { std::numeric_limits<float>::quiet_NaN(), 2 } }) {
         const std::vector<int> alphas = dashedRow(dash, 0);
         for (int alpha : alphas)
             EXPECT_EQ(alpha, 255);
@@ -248,7 +248,7 @@ TEST(GraphicsContextText, ALineOfTextInksItsBoxAndNothingElse)
     EXPECT_LE(ink.maxY, int(std::ceil(20 + font->ascender())));
     EXPECT_GE(ink.minY, int(std::floor(20 + font->descender())));
     EXPECT_GE(ink.maxY, 20 + 10); // capitals stand well above the baseline
-    EXPECT_LE(ink.minY, 21);      // and sit on it
+    EXPECT_LE(ink.minY, 21); // and sit on it
 }
 
 // Columns inked in the top and the bottom ink row of a "T": the bar is wide, the stem narrow.
@@ -288,9 +288,9 @@ TEST(GraphicsContextText, RightAlignmentPutsTheInkAtTheRightOfTheBox)
         const uitest::Box ink = uitest::boxWhere(*context->makeImage(), [](Pixel p) { return p.a > 40; });
         ASSERT_FALSE(ink.empty);
         const float width = font->widthOfString("250 Pixels");
-        const float expectedLeft = alignment == kit::TextAlignmentLeft     ? box.minX()
-                                   : alignment == kit::TextAlignmentRight ? box.maxX() - width
-                                                                           : box.minX() + (box.width() - width) / 2;
+        const float expectedLeft = alignment == kit::TextAlignmentLeft ? box.minX()
+            : alignment == kit::TextAlignmentRight                     ? box.maxX() - width
+                                                                       : box.minX() + (box.width() - width) / 2;
         EXPECT_NEAR(ink.minX, expectedLeft, 2.5) << alignment;
         EXPECT_LE(ink.maxX, box.maxX());
         EXPECT_GE(ink.maxY, box.maxY() - font->ascender() + 5); // from the top of the box

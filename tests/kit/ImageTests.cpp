@@ -21,8 +21,8 @@ namespace {
 TEST(ImagePng, OpaqueAndClearPixelsSurviveARoundTripExactly)
 {
     TempDir dir;
-    const std::vector<std::uint8_t> rgba = { 255, 0, 0, 255, 0, 0, 0, 0, 12, 34, 56, 255,
-                                             0, 0, 0, 255, 255, 255, 255, 255, 0, 0, 0, 0 };
+    const std::vector<std::uint8_t> rgba
+        = { 255, 0, 0, 255, 0, 0, 0, 0, 12, 34, 56, 255, 0, 0, 0, 255, 255, 255, 255, 255, 0, 0, 0, 0 };
     auto image = kit::Image::imageWithRGBA(3, 2, rgba.data());
     ASSERT_TRUE(image);
     const std::string path = (dir.path() / "a.png").string();
@@ -147,7 +147,8 @@ std::string pngHead(std::uint32_t width, std::uint32_t height, int rows)
     const std::string raw(std::size_t(rows) * (1 + std::size_t { width } * 4), '\0');
     uLongf size = compressBound(uLong(raw.size()));
     std::string packed(size, '\0');
-    compress(reinterpret_cast<Bytef*>(packed.data()), &size, reinterpret_cast<const Bytef*>(raw.data()), uLong(raw.size()));
+    compress(
+        reinterpret_cast<Bytef*>(packed.data()), &size, reinterpret_cast<const Bytef*>(raw.data()), uLong(raw.size()));
     packed.resize(size);
     return std::string("\x89PNG\r\n\x1a\n", 8) + chunk("IHDR", ihdr) + chunk("IDAT", packed);
 }
@@ -161,7 +162,8 @@ TEST(ImagePng, HostileHeadersAreRefusedWithTheirReasonAndCostWhatTheBodyHolds)
     EXPECT_FALSE(kit::Image::imageWithContentsOfFile(wide.string(), &error));
     EXPECT_NE(error.find(wide.string()), std::string::npos) << error;
     EXPECT_NE(error.find("70000 x 1 pixels is more than an image may have (sides up to 65536, 268435456 pixels"),
-              std::string::npos) << error;
+        std::string::npos)
+        << error;
 
     // 16384 x 16384 is within bounds, but the body stops after two rows: 1 GB would be the image.
     const auto cut = dir.write("cut.png", pngHead(16384, 16384, 2));
@@ -206,7 +208,7 @@ TEST(ImagePng, InterlacedImagesReadLikePlainOnes)
     png_infop info = png_create_info_struct(png);
     png_init_io(png, file);
     png_set_IHDR(png, info, kSide, kSide, 8, PNG_COLOR_TYPE_RGB_ALPHA, PNG_INTERLACE_ADAM7,
-                 PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+        PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
     std::vector<png_bytep> rows(kSide);
     for (int y = 0; y < kSide; ++y)
         rows[y] = rgba.data() + y * kSide * 4;

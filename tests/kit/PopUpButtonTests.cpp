@@ -60,8 +60,8 @@ protected:
     kit::Point itemCentre(int index)
     {
         const kit::Rect row = popup->menuView()->rectOfItem(index);
-        return popup->menuView()->convertPointToView({ row.minX() + row.width() / 2, row.minY() + row.height() / 2 },
-                                                     nullptr);
+        return popup->menuView()->convertPointToView(
+            { row.minX() + row.width() / 2, row.minY() + row.height() / 2 }, nullptr);
     }
 
     RefPtr<kit::Window> window;

@@ -36,9 +36,12 @@ protected:
 TEST_F(RunLoopTest, CallsRunInDueOrderThenInTheOrderMade)
 {
     std::vector<std::string> order;
-    loop.performAfterDelay(nullptr, [&] { order.push_back("b@0.5"); }, 0.5);
-    loop.performAfterDelay(nullptr, [&] { order.push_back("a@0.05"); }, 0.05);
-    loop.performAfterDelay(nullptr, [&] { order.push_back("c@0.5"); }, 0.5);
+    loop.performAfterDelay(
+        nullptr, [&] { order.push_back("b@0.5"); }, 0.5);
+    loop.performAfterDelay(
+        nullptr, [&] { order.push_back("a@0.05"); }, 0.05);
+    loop.performAfterDelay(
+        nullptr, [&] { order.push_back("c@0.5"); }, 0.5);
     loop.advance(0.49);
     EXPECT_EQ(order, (std::vector<std::string> { "a@0.05" }));
     loop.advance(0.01);
@@ -49,7 +52,8 @@ TEST_F(RunLoopTest, TheClockReadsTheDueTimeInsideACall)
 {
     const double start = loop.now();
     double seen = -1;
-    loop.performAfterDelay(nullptr, [&] { seen = loop.now() - start; }, 1.0);
+    loop.performAfterDelay(
+        nullptr, [&] { seen = loop.now() - start; }, 1.0);
     loop.advance(5);
     EXPECT_NEAR(seen, 1.0, 1e-9);
     EXPECT_NEAR(loop.now() - start, 5.0, 1e-9);
@@ -58,7 +62,13 @@ TEST_F(RunLoopTest, TheClockReadsTheDueTimeInsideACall)
 TEST_F(RunLoopTest, ACallScheduledByACallRunsInTheSameAdvanceWhenDue)
 {
     int second = 0;
-    loop.performAfterDelay(nullptr, [&] { loop.performAfterDelay(nullptr, [&] { ++second; }, 0.05); }, 0.5);
+    loop.performAfterDelay(
+        nullptr,
+        [&] {
+            loop.performAfterDelay(
+                nullptr, [&] { ++second; }, 0.05);
+        },
+        0.5);
     loop.advance(0.54);
     EXPECT_EQ(second, 0);
     loop.advance(0.01);
@@ -94,8 +104,10 @@ TEST_F(RunLoopTest, CancelledCallsDoNotRunAndReleaseTheirTarget)
 TEST_F(RunLoopTest, NonFiniteDelaysAndBackwardAdvancesAreRefused)
 {
     const double start = loop.now();
-    loop.performAfterDelay(nullptr, [] {}, std::numeric_limits<double>::infinity());
-    loop.performAfterDelay(nullptr, [] {}, std::numeric_limits<double>::quiet_NaN());
+    loop.performAfterDelay(
+        nullptr, [] {}, std::numeric_limits<double>::infinity());
+    loop.performAfterDelay(
+        nullptr, [] {}, std::numeric_limits<double>::quiet_NaN());
     EXPECT_EQ(loop.pendingCount(), 0u);
     loop.advance(-3);
     loop.advance(std::numeric_limits<double>::quiet_NaN());
@@ -121,7 +133,8 @@ TEST_F(RunLoopTest, TheWallClockMovesOnByItself)
     loop.setClock(kit::RunLoop::Clock::Wall);
     const double a = loop.now();
     bool ran = false;
-    loop.performAfterDelay(nullptr, [&] { ran = true; }, 0);
+    loop.performAfterDelay(
+        nullptr, [&] { ran = true; }, 0);
     loop.runDue();
     EXPECT_TRUE(ran);
     EXPECT_GE(loop.now(), a);

@@ -15,11 +15,30 @@ TEST(StringFloatValue, ReadsTheLeadingDecimalNumber)
         const char* text;
         double value;
     } cases[] = {
-        { "12.9", 12.9 },  { " 3.5x", 3.5 },     { "abc", 0 },        { "", 0 },          { " 0.0 Pixels", 0 },
-        { "250", 250 },    { "-5", -5 },         { "+7.25", 7.25 },   { ".5", 0.5 },      { "5.", 5 },
-        { "-.5e1", -5 },   { "1e3px", 1000 },    { "1e", 1 },         { "2e+", 2 },       { "\t\n 42", 42 },
-        { "- 3", 0 },      { "+-3", 0 },         { ".", 0 },          { "nan", 0 },       { "inf", 0 },
-        { "0x1A", 0 },     { "99.96", 99.96 },   { "1,5", 1 },        { "007", 7 },
+        { "12.9", 12.9 },
+        { " 3.5x", 3.5 },
+        { "abc", 0 },
+        { "", 0 },
+        { " 0.0 Pixels", 0 },
+        { "250", 250 },
+        { "-5", -5 },
+        { "+7.25", 7.25 },
+        { ".5", 0.5 },
+        { "5.", 5 },
+        { "-.5e1", -5 },
+        { "1e3px", 1000 },
+        { "1e", 1 },
+        { "2e+", 2 },
+        { "\t\n 42", 42 },
+        { "- 3", 0 },
+        { "+-3", 0 },
+        { ".", 0 },
+        { "nan", 0 },
+        { "inf", 0 },
+        { "0x1A", 0 },
+        { "99.96", 99.96 },
+        { "1,5", 1 },
+        { "007", 7 },
     };
     for (const auto& c : cases) {
         EXPECT_DOUBLE_EQ(kit::doubleValue(c.text), c.value) << '"' << c.text << '"';
@@ -43,8 +62,15 @@ TEST(StringIntValue, ReadsTheLeadingIntegerAndSaturates)
         const char* text;
         std::int64_t value;
     } cases[] = {
-        { "12.9", 12 }, { "abc", 0 }, { " -7 px", -7 }, { "+3", 3 }, { " 200 Pixels", 200 }, { "-", 0 },
-        { ".9", 0 },    { "1e3", 1 }, { "0042", 42 },
+        { "12.9", 12 },
+        { "abc", 0 },
+        { " -7 px", -7 },
+        { "+3", 3 },
+        { " 200 Pixels", 200 },
+        { "-", 0 },
+        { ".9", 0 },
+        { "1e3", 1 },
+        { "0042", 42 },
     };
     for (const auto& c : cases) {
         EXPECT_EQ(kit::integerValue(c.text), c.value) << '"' << c.text << '"';
@@ -65,10 +91,10 @@ TEST(Utf8Text, BrokenSequencesBecomeReplacementCharacters)
     EXPECT_EQ(kit::sanitizedUtf8("\xF0\x9F\x98\x80"), "\xF0\x9F\x98\x80");
     const std::string fffd = "\xEF\xBF\xBD";
     EXPECT_EQ(kit::sanitizedUtf8("a\xFF"), "a" + fffd);
-    EXPECT_EQ(kit::sanitizedUtf8("\xC0\xAF"), fffd + fffd);             // overlong
+    EXPECT_EQ(kit::sanitizedUtf8("\xC0\xAF"), fffd + fffd); // overlong
     EXPECT_EQ(kit::sanitizedUtf8("\xED\xA0\x80"), fffd + fffd + fffd); // a surrogate
     EXPECT_EQ(kit::sanitizedUtf8("\xF4\x90\x80\x80"), fffd + fffd + fffd + fffd); // past U+10FFFF
-    EXPECT_EQ(kit::sanitizedUtf8("\xE2\x82"), fffd + fffd);           // cut short
+    EXPECT_EQ(kit::sanitizedUtf8("\xE2\x82"), fffd + fffd); // cut short
 }
 
 TEST(Utf8Text, StepsGoByWholeCharacters)

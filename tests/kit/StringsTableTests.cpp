@@ -33,8 +33,12 @@ TEST(StringsTable, SurrogateEscapesBecomeWellFormedUtf8)
 )");
     ASSERT_TRUE(table);
     EXPECT_EQ(*table->find("pair"), "\xF0\x9F\x98\x80"); // U+1F600 in four bytes
-    EXPECT_EQ(*table->find("lone high"), "a\xEF\xBF\xBD" "b");
-    EXPECT_EQ(*table->find("high then plain"), "\xEF\xBF\xBD" "A");
+    EXPECT_EQ(*table->find("lone high"),
+        "a\xEF\xBF\xBD"
+        "b");
+    EXPECT_EQ(*table->find("high then plain"),
+        "\xEF\xBF\xBD"
+        "A");
     EXPECT_EQ(*table->find("lone low"), "\xEF\xBF\xBD");
 }
 
@@ -52,11 +56,11 @@ TEST(StringsTable, SyntaxErrorsNameTheLine)
         const char* error;
     };
     for (const Case& c : { Case { "\"a\" = \"b\";\n\"c\" = \"d\"\n", "line 3: expected ';'" },
-                           Case { "\"a\" \"b\";", "line 1: expected '='" },
-                           Case { "\"a\" = \"unterminated;\n", "line 2: unterminated string" },
-                           Case { "\"a\" = \"\\q\";", "line 1: unknown escape \\q" },
-                           Case { "\"a\" = \"\\u12\";", "line 1: bad \\u escape" },
-                           Case { "= \"b\";", "line 1: expected a quoted string" } }) {
+             Case { "\"a\" \"b\";", "line 1: expected '='" },
+             Case { "\"a\" = \"unterminated;\n", "line 2: unterminated string" },
+             Case { "\"a\" = \"\\q\";", "line 1: unknown escape \\q" },
+             Case { "\"a\" = \"\\u12\";", "line 1: bad \\u escape" },
+             Case { "= \"b\";", "line 1: expected a quoted string" } }) {
         std::string error;
         EXPECT_FALSE(kit::StringsTable::parse(c.text, &error)) << c.text;
         EXPECT_EQ(error, c.error) << c.text;

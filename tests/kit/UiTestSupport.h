@@ -116,8 +116,8 @@ inline void click(kit::Window& window, kit::Point at, int clicks = 1)
     mouse(window, kit::EventType::LeftMouseUp, at, clicks);
 }
 
-inline void key(kit::Window& window, const std::string& characters, unsigned short code = kit::KeyCodeNone,
-                unsigned flags = 0)
+inline void key(
+    kit::Window& window, const std::string& characters, unsigned short code = kit::KeyCodeNone, unsigned flags = 0)
 {
     kit::Event down = kit::Event::key(kit::EventType::KeyDown, characters, code);
     down.setModifierFlags(flags);

@@ -112,10 +112,8 @@ TEST_P(Autoresizing, FollowsTheSuperviewAsTheMaskSays)
     EXPECT_EQ(child->frame(), GetParam().after);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Masks, Autoresizing,
-    testing::Values(
-        ResizeCase { kit::ViewNotSizable, { 10, 10, 50, 20 }, { 10, 10, 50, 20 } },
+INSTANTIATE_TEST_SUITE_P(Masks, Autoresizing,
+    testing::Values(ResizeCase { kit::ViewNotSizable, { 10, 10, 50, 20 }, { 10, 10, 50, 20 } },
         // The option bar's mask: width follows, the bottom margin takes the height change.
         ResizeCase { kit::ViewWidthSizable | kit::ViewMinYMargin, { 0, 50, 200, 53 }, { 0, 110, 300, 53 } },
         // The tool area's and overlay's mask.

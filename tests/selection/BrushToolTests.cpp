@@ -126,7 +126,7 @@ struct RadiusCase {
     bool set;
 };
 
-class BrushRadius : public BrushToolTest, public testing::WithParamInterface<RadiusCase> { };
+class BrushRadius : public BrushToolTest, public testing::WithParamInterface<RadiusCase> {};
 
 TEST_P(BrushRadius, ParameterThreeIsSetOnlyWhenItDiffers)
 {
@@ -246,7 +246,7 @@ struct FigureCase {
     float phase;
 };
 
-class BrushCursor : public BrushToolTest, public testing::WithParamInterface<FigureCase> { };
+class BrushCursor : public BrushToolTest, public testing::WithParamInterface<FigureCase> {};
 
 TEST_P(BrushCursor, FigureAtZoomOne)
 {

@@ -6,7 +6,6 @@
 
 #include <gtest/gtest.h>
 
-
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -27,11 +26,20 @@ struct Mask {
     kit::Point origin { -7, -7 };
     ~Mask() { DestroyImageBuffer(buffer); }
     const unsigned char* pixel(int column, int row) const { return buffer.pData + (row * buffer.nWidth + column) * 4; }
-    bool untouched() const { return buffer.nWidth == -7 && buffer.nHeight == -7 && !buffer.pData && origin == kit::Point { -7, -7 }; }
+    bool untouched() const
+    {
+        return buffer.nWidth == -7 && buffer.nHeight == -7 && !buffer.pData && origin == kit::Point { -7, -7 };
+    }
 };
 
-int rect(Mask& m, kit::Rect r, float feather) { return CreateImageBufferFromRect(m.buffer, m.origin, r, kWhite, true, kWhite, feather); }
-int ellipse(Mask& m, kit::Rect r, float feather) { return CreateImageBufferFromEllipse(m.buffer, m.origin, r, kWhite, true, kWhite, feather); }
+int rect(Mask& m, kit::Rect r, float feather)
+{
+    return CreateImageBufferFromRect(m.buffer, m.origin, r, kWhite, true, kWhite, feather);
+}
+int ellipse(Mask& m, kit::Rect r, float feather)
+{
+    return CreateImageBufferFromEllipse(m.buffer, m.origin, r, kWhite, true, kWhite, feather);
+}
 int polygon(Mask& m, const std::vector<kit::Point>& v, float feather)
 {
     return CreateImageBufferFromPolygon(m.buffer, m.origin, v.data(), int(v.size()), kWhite, true, kWhite, feather);
@@ -300,8 +308,8 @@ TEST(DestroyImageBuffer, GivesTheBlockBackForTheNextMaskAndIgnoresANullOne)
 TEST(MyCreateBitmapContext, NullMemoryStopsTheProgramNamingTheInvariant)
 {
     EXPECT_DEATH(MyCreateBitmapContext(4, 4, nullptr, 0),
-                 "assertion failed: \\(false\\), function MyCreateBitmapContext, file "
-                 "Classes/Selection/GraphicsToBuffer, line [0-9]+");
+        "assertion failed: \\(false\\), function MyCreateBitmapContext, file "
+        "Classes/Selection/GraphicsToBuffer, line [0-9]+");
     std::vector<unsigned char> memory(16 * 4);
     EXPECT_TRUE(MyCreateBitmapContext(4, 4, memory.data(), 0));
 }
@@ -328,9 +336,11 @@ TEST(BadInput, IsRefusedWithMinusThreeAndLeavesEverythingAlone)
     };
     for (const auto& [r, feather] : shapes) {
         Mask a, b;
-        EXPECT_EQ(rect(a, r, feather), kGraphicsToBufferRefused) << r.x() << " " << r.y() << " " << r.width() << " " << r.height() << " " << feather;
+        EXPECT_EQ(rect(a, r, feather), kGraphicsToBufferRefused)
+            << r.x() << " " << r.y() << " " << r.width() << " " << r.height() << " " << feather;
         EXPECT_TRUE(a.untouched());
-        EXPECT_EQ(ellipse(b, r, feather), kGraphicsToBufferRefused) << r.x() << " " << r.y() << " " << r.width() << " " << r.height() << " " << feather;
+        EXPECT_EQ(ellipse(b, r, feather), kGraphicsToBufferRefused)
+            << r.x() << " " << r.y() << " " << r.width() << " " << r.height() << " " << feather;
         EXPECT_TRUE(b.untouched());
     }
     Mask p;
@@ -338,7 +348,7 @@ TEST(BadInput, IsRefusedWithMinusThreeAndLeavesEverythingAlone)
     EXPECT_EQ(polygon(p, { { 0, 0 }, { 5, -kInf }, { 5, 5 } }, 0), kGraphicsToBufferRefused);
     EXPECT_EQ(polygon(p, { { 0, 0 }, { 5, 5 }, { 5, 5 } }, -4), kGraphicsToBufferRefused);
     EXPECT_EQ(CreateImageBufferFromPolygon(p.buffer, p.origin, nullptr, 3, kWhite, true, kWhite, 0),
-              kGraphicsToBufferRefused);
+        kGraphicsToBufferRefused);
     std::vector<kit::Point> many(kGraphicsToBufferMaxVertices + 1, kit::Point { 1, 1 });
     EXPECT_EQ(polygon(p, many, 0), kGraphicsToBufferRefused);
     EXPECT_TRUE(p.untouched());

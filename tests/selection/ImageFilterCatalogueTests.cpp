@@ -132,10 +132,7 @@ kit::RefPtr<kit::CIImage> smallImage()
 
 struct Handle {
     void* h;
-    explicit Handle(int entry, float value)
-        : h(CreateFilterForImage(smallImage().get(), entry, value))
-    {
-    }
+    explicit Handle(int entry, float value) : h(CreateFilterForImage(smallImage().get(), entry, value)) {}
     ~Handle() { DestroyImageFilter(h); }
 };
 

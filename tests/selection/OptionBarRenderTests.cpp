@@ -48,11 +48,11 @@ protected:
         auto over = [&](int s, int b) { return s + b * (255 - source.a) / 255; };
         const Pixel expected { over(source.r, under.r), over(source.g, under.g), over(source.b, under.b), 255 };
         const bool close = std::abs(seen.r - expected.r) <= 2 && std::abs(seen.g - expected.g) <= 2
-                           && std::abs(seen.b - expected.b) <= 2;
+            && std::abs(seen.b - expected.b) <= 2;
         if (!close)
-            return testing::AssertionFailure() << "shows (" << seen.r << ", " << seen.g << ", " << seen.b << ") where "
-                                               << name << " gives (" << expected.r << ", " << expected.g << ", "
-                                               << expected.b << ")";
+            return testing::AssertionFailure()
+                << "shows (" << seen.r << ", " << seen.g << ", " << seen.b << ") where " << name << " gives ("
+                << expected.r << ", " << expected.g << ", " << expected.b << ")";
         return testing::AssertionSuccess();
     }
 
@@ -143,13 +143,11 @@ TEST_F(BarScreenshot, BrushPanelWithItsKnobAtTheStartRadius)
     BrushSelectionOptions* panel = bar->brushSelectionOptions();
     EXPECT_TRUE(shows(modeButton(panel, 0), "selection_default2.png"));
     const kit::Rect knob = panel->radiusSlider()->knobRect();
-    const kit::Point centre
-        = panel->radiusSlider()->convertPointToView({ knob.minX() + knob.width() / 2, knob.minY() + knob.height() / 2 },
-                                                   nullptr);
+    const kit::Point centre = panel->radiusSlider()->convertPointToView(
+        { knob.minX() + knob.width() / 2, knob.minY() + knob.height() / 2 }, nullptr);
     EXPECT_EQ(uitest::pixelAtPoint(*shot, int(centre.x), int(centre.y)), (Pixel { 255, 255, 255, 255 }));
     EXPECT_EQ(marksOnRow(kSliderRow, 262, 1200), 0);
 }
-
 
 /// The first column of `image` with any opaque pixel: where a button's face begins.
 int firstOpaqueColumn(const kit::Image& image)
@@ -170,8 +168,8 @@ TEST_F(BarScreenshot, ValueFieldsFitFiveDigitsAndTheUnitBeforeTheirSliderButtons
     for (int tool : { 0, 2, 3 }) {
         bar->toolButton(tool)->performClick();
         kit::View* panel = tool == 0 ? static_cast<kit::View*>(bar->rectangleSelectionOptions())
-                           : tool == 2 ? static_cast<kit::View*>(bar->polygonSelectionOptions())
-                                       : static_cast<kit::View*>(bar->brushSelectionOptions());
+            : tool == 2              ? static_cast<kit::View*>(bar->polygonSelectionOptions())
+                                     : static_cast<kit::View*>(bar->brushSelectionOptions());
         ASSERT_NE(panel, nullptr);
         for (const auto& view : panel->subviews()) {
             auto* field = dynamic_cast<kit::TextField*>(view.get());

@@ -42,7 +42,7 @@ inline testing::AssertionResult showsImage(const kit::Button* button, const char
         return testing::AssertionFailure() << name << " does not load";
     auto same = [&](const kit::Image* image) {
         return image && image->pixelsWide() == expected->pixelsWide() && image->pixelsHigh() == expected->pixelsHigh()
-               && image->rgba() == expected->rgba();
+            && image->rgba() == expected->rgba();
     };
     if (!button)
         return testing::AssertionFailure() << "no button";
@@ -103,7 +103,8 @@ protected:
     void dragKnobPast(kit::Slider& slider, bool rightEnd)
     {
         const kit::Rect knob = slider.knobRect();
-        const kit::Point grab = inWindow(slider, { knob.minX() + knob.width() * 0.5f, knob.minY() + knob.height() * 0.5f });
+        const kit::Point grab
+            = inWindow(slider, { knob.minX() + knob.width() * 0.5f, knob.minY() + knob.height() * 0.5f });
         uitest::mouse(*window, kit::EventType::LeftMouseDown, grab);
         const kit::Point past { rightEnd ? grab.x + 2000 : grab.x - 2000, grab.y };
         uitest::mouse(*window, kit::EventType::LeftMouseDragged, past);

@@ -8,10 +8,10 @@ namespace {
 
 using optionbar::showsImage;
 
-constexpr std::array<const char*, 5> kPlain = { "rectangle.png", "ellipse.png", "polygon.png", "brush.png",
-                                                "eraser.png" };
-constexpr std::array<const char*, 5> kPressed = { "rectangle2.png", "ellipse2.png", "polygon2.png", "brush2.png",
-                                                  "eraser2.png" };
+constexpr std::array<const char*, 5> kPlain
+    = { "rectangle.png", "ellipse.png", "polygon.png", "brush.png", "eraser.png" };
+constexpr std::array<const char*, 5> kPressed
+    = { "rectangle2.png", "ellipse2.png", "polygon2.png", "brush2.png", "eraser2.png" };
 
 class OptionBar : public optionbar::OptionBarTest {
 protected:
@@ -203,7 +203,7 @@ TEST_F(OptionBar, AToolNumberOutsideTheFiveLeavesTheBarWithoutPanel)
     EXPECT_TRUE(attachedPanels().empty());
     EXPECT_TRUE(pressedTool(-1));
     EXPECT_EQ(shownTool(), overlay->toolView(3)); // the overlay was not told
-    EXPECT_NE(brush(), nullptr);                  // kept for later
+    EXPECT_NE(brush(), nullptr); // kept for later
 
     bar().setSelectionToolFromTool(2, 7); // nothing to carry from: New
     EXPECT_EQ(lasso()->selectionMode(), 0);
@@ -215,9 +215,9 @@ TEST_F(OptionBar, AToolNumberOutsideTheFiveLeavesTheBarWithoutPanel)
 TEST_F(OptionBar, PressesOnTheBarStopThere)
 {
     settle();
-    uitest::click(*window, { 250, 860 });  // bar background, between the buttons and the panel
+    uitest::click(*window, { 250, 860 }); // bar background, between the buttons and the panel
     uitest::click(*window, { 1150, 860 }); // the marquee panel's empty right part
-    uitest::click(*window, { 30, 876 });   // the tool-family icon
+    uitest::click(*window, { 30, 876 }); // the tool-family icon
     EXPECT_EQ(host->presses, 0);
     overlay->hideOptionView(true); // without the bar the same press goes through to the host
     uitest::click(*window, { 250, 860 });

@@ -9,7 +9,8 @@ namespace {
 
 TEST(PolygonVertexText, WritesEachCoordinateTruncatedWithASeparatorAfterIt)
 {
-    EXPECT_EQ(FormatPolygonVertexText({ { 10.7f, 20.2f }, { 110, 20 }, { 60, 90.9f } }), "10,#,20,#,110,#,20,#,60,#,90,#,");
+    EXPECT_EQ(
+        FormatPolygonVertexText({ { 10.7f, 20.2f }, { 110, 20 }, { 60, 90.9f } }), "10,#,20,#,110,#,20,#,60,#,90,#,");
     EXPECT_EQ(FormatPolygonVertexText({ { -2.5f, -0.9f } }), "-2,#,0,#,");
     EXPECT_EQ(FormatPolygonVertexText({}), "");
 }

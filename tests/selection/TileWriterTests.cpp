@@ -63,7 +63,8 @@ TEST_F(TileWriterTest, AWholeCellVisitsExactlyThatCell)
 {
     const auto m = mask(64, 64, { 128, 128, 128, 128 });
     EXPECT_EQ(overlay->setSelectionMaskRect(m.data(), { 0, 0, 64, 64 }), 0);
-    EXPECT_EQ(cellCalls(), (std::vector<std::string> { "GetCellBuffer 2 0,0", "UpdateCell 2 0,0", "SaveCellInfo 2 0,0" }));
+    EXPECT_EQ(
+        cellCalls(), (std::vector<std::string> { "GetCellBuffer 2 0,0", "UpdateCell 2 0,0", "SaveCellInfo 2 0,0" }));
     EXPECT_EQ(document.journal().front(), "IPD_GetSelectionMaskID");
     for (int y : { 0, 31, 63 })
         for (int x : { 0, 40, 63 })
@@ -75,7 +76,8 @@ TEST_F(TileWriterTest, APartialRectangleChangesOnlyItsPixelsOfTheOneCell)
 {
     const auto m = mask(20, 5, { 255, 255, 255, 255 });
     overlay->setSelectionMaskRect(m.data(), { 10, 70, 20, 5 });
-    EXPECT_EQ(cellCalls(), (std::vector<std::string> { "GetCellBuffer 2 0,1", "UpdateCell 2 0,1", "SaveCellInfo 2 0,1" }));
+    EXPECT_EQ(
+        cellCalls(), (std::vector<std::string> { "GetCellBuffer 2 0,1", "UpdateCell 2 0,1", "SaveCellInfo 2 0,1" }));
     for (int y = 64; y < 128; ++y) {
         for (int x = 0; x < 64; ++x) {
             const bool inside = x >= 10 && x <= 29 && y >= 70 && y <= 74;
@@ -90,8 +92,9 @@ TEST_F(TileWriterTest, AMaskAcrossACellBorderSplitsItsColumns)
     for (int i = 0; i < 10; ++i)
         m.insert(m.end(), { 255, 255, 255, static_cast<unsigned char>(10 * (i + 1)) });
     overlay->setSelectionMaskRect(m.data(), { 60, 0, 10, 1 });
-    EXPECT_EQ(cellCalls(), (std::vector<std::string> { "GetCellBuffer 2 0,0", "UpdateCell 2 0,0", "SaveCellInfo 2 0,0",
-                                                        "GetCellBuffer 2 1,0", "UpdateCell 2 1,0", "SaveCellInfo 2 1,0" }));
+    EXPECT_EQ(cellCalls(),
+        (std::vector<std::string> { "GetCellBuffer 2 0,0", "UpdateCell 2 0,0", "SaveCellInfo 2 0,0",
+            "GetCellBuffer 2 1,0", "UpdateCell 2 1,0", "SaveCellInfo 2 1,0" }));
     EXPECT_EQ(cellPixel(0, 0, 60, 0)[3], 10);
     EXPECT_EQ(cellPixel(0, 0, 63, 0)[3], 40);
     EXPECT_EQ(cellPixel(1, 0, 0, 0)[3], 50);
@@ -158,7 +161,7 @@ TEST_F(TileWriterTest, TheMergeRuleNeverRaisesASelectedPixel)
     EXPECT_EQ(cellPixel(0, 0, 0, 0), (Pixel { 128, 64, 32, 128 })); // takes the mask pixel
     EXPECT_EQ(cellPixel(0, 0, 1, 0), (Pixel { 128, 64, 32, 128 })); // lowered to the mask's alpha
     EXPECT_EQ(cellPixel(0, 0, 2, 0), (Pixel { 128, 64, 32, 100 })); // colour from the mask, alpha stays
-    EXPECT_EQ(cellPixel(0, 0, 3, 0), (Pixel { 7, 8, 9, 50 }));      // clear mask pixel: untouched
+    EXPECT_EQ(cellPixel(0, 0, 3, 0), (Pixel { 7, 8, 9, 50 })); // clear mask pixel: untouched
 }
 
 } // namespace

@@ -4,13 +4,13 @@
 #include "Classes/Selection/SelectionBaseView.h"
 #include "Classes/Selection/SelectionMainView.h"
 #include "Classes/Selection/SelectionOptionsView.h"
-#include "tests/selection/HostContentStandIn.h"
 #include "engine/Document.h"
 #include "kit/Application.h"
 #include "kit/Cursor.h"
 #include "kit/NotificationCenter.h"
 #include "kit/RunLoop.h"
 #include "kit/Window.h"
+#include "tests/selection/HostContentStandIn.h"
 
 #include <gtest/gtest.h>
 
@@ -113,7 +113,7 @@ TEST_F(WorkspaceTest, UnresponsiveAreasAreTheHostsAreasWithTheTopEdgeInside)
     addHostArea({ 100, 100, 50, 20 });
     EXPECT_FALSE(InUnresponsiveArea(600, 450));
     EXPECT_TRUE(InUnresponsiveArea(120, 110));
-    EXPECT_TRUE(InUnresponsiveArea(120, 120));  // top edge
+    EXPECT_TRUE(InUnresponsiveArea(120, 120)); // top edge
     EXPECT_FALSE(InUnresponsiveArea(120, 100)); // bottom edge
     EXPECT_TRUE(InUnresponsiveArea(100, 110));
     EXPECT_FALSE(InUnresponsiveArea(150, 110));
@@ -155,10 +155,10 @@ TEST_F(WorkspaceTest, CursorIsTheArrowOverHostAreasWithTheBottomEdgeInside)
         return kit::Cursor::currentCursor()->name();
     };
     EXPECT_EQ(cursorAt(120, 110), "arrow");
-    EXPECT_EQ(cursorAt(120, 100), "arrow");     // bottom edge: inside for the cursor
+    EXPECT_EQ(cursorAt(120, 100), "arrow"); // bottom edge: inside for the cursor
     EXPECT_EQ(cursorAt(120, 120), "crosshair"); // top edge: outside
     EXPECT_EQ(cursorAt(600, 450), "crosshair"); // the full-size area does not count
-    EXPECT_EQ(cursorAt(1300, 450), "arrow");    // off the overlay
+    EXPECT_EQ(cursorAt(1300, 450), "arrow"); // off the overlay
     overlay->optionView()->setSelectionToolFromTool(7, 0);
     EXPECT_EQ(cursorAt(600, 450), "image"); // no tool: the cursor stays as it was
 }
@@ -181,8 +181,7 @@ TEST_F(WorkspaceTest, APressOverAHostControlGoesToTheHostInFull)
     send(EventType::LeftMouseDragged, 400, 400);
     send(EventType::LeftMouseUp, 600, 450);
     overlay->toolView(0)->mouseMoved(Event::mouse(EventType::MouseMoved, { 130, 115 }));
-    EXPECT_EQ(host->log,
-        (std::vector<std::string> { "down 120,110", "drag 400,400", "up 600,450", "moved 130,115" }));
+    EXPECT_EQ(host->log, (std::vector<std::string> { "down 120,110", "drag 400,400", "up 600,450", "moved 130,115" }));
     EXPECT_TRUE(overlay->toolView(0)->unresponsiveArea());
 }
 

@@ -34,7 +34,8 @@ bool passesOn(std::int64_t target, char** argv)
         _exit(127);
     }
     int status = 0;
-    const bool passed = child > 0 && waitpid(child, &status, 0) == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    const bool passed
+        = child > 0 && waitpid(child, &status, 0) == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;
     std::printf("[ TARGET   ] %s %s\n", hwy::TargetName(target), passed ? "passed" : "FAILED");
     return passed;
 }
