@@ -1,11 +1,15 @@
 #!/usr/bin/env bash
-# Installs what is missing, then builds and runs every test twice: a normal build, and one with
-# AddressSanitizer and UndefinedBehaviorSanitizer that stops at the first report; then fuzzes
-# every fuzz target from its seed corpus for half a minute.
+# Installs what is missing and checks that every C++ file is laid out as .clang-format says;
+# then builds and runs every test twice: a normal build, and one with AddressSanitizer and
+# UndefinedBehaviorSanitizer that stops at the first report; then fuzzes every fuzz target from
+# its seed corpus for half a minute.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 cd "$root"
 tools/setup.sh
+
+echo "== layout (.clang-format)"
+tools/check-format.sh
 
 echo "== normal build"
 tools/build.sh build
