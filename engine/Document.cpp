@@ -175,18 +175,17 @@ bool Document::openPicture(int width, int height, const std::vector<std::uint8_t
     if (width < 1 || height < 1 || rgba.size() != std::size_t(width) * std::size_t(height) * 4)
         return false;
     // The canvas's size belongs to the step, so that undo gives back the old picture whole.
-    const int oldWidth = m_canvasWidth, oldHeight = m_canvasHeight;
+    // A refused size changes nothing, and the step that closes then is dropped.
     m_undo.closeStep();
     m_undo.recordValue(m_canvasWidth);
     m_undo.recordValue(m_canvasHeight);
     if (!setCanvasSize(width, height)) {
-        m_canvasWidth = oldWidth, m_canvasHeight = oldHeight;
         m_undo.closeStep();
         return false;
     }
-    // Nothing of the old picture may wait off the canvas to come back when it grows.
-    m_undo.recordAllCells(m_paint);
-    m_paint.clear();
+    // Nothing of the old picture may wait off the canvas to come back when it grows; its cells
+    // move into the step rather than being copied there.
+    m_undo.takeAllCells(m_paint);
     writePaintPixels(rgba.data());
     m_undo.closeStep();
     changed();
